@@ -1,0 +1,112 @@
+// The shared parts of every style: spin text, the generator, colour pick and
+// the preview/build calling order.
+#include "styles/style.h"
+
+#include <cctype>
+#include <charconv>
+
+namespace tess {
+namespace {
+
+// One signed decimal of the spin text, sscanf-style: leading blanks, a sign,
+// digits. Advances `text`; false when there is no number.
+bool ScanInt(std::string_view& text, int32_t& out) {
+  size_t i = 0;
+  while (i < text.size() && std::isspace(static_cast<unsigned char>(text[i]))) ++i;
+  size_t start = i;
+  if (i < text.size() && (text[i] == '-' || text[i] == '+')) ++i;
+  size_t digits = i;
+  while (i < text.size() && std::isdigit(static_cast<unsigned char>(text[i]))) ++i;
+  if (i == digits) return false;
+  int64_t value = 0;
+  std::string_view number = text.substr(start, i - start);
+  if (number[0] == '+') number.remove_prefix(1);
+  std::from_chars(number.data(), number.data() + number.size(), value);
+  out = static_cast<int32_t>(value);
+  text.remove_prefix(i);
+  return true;
+}
+
+bool ScanComma(std::string_view& text) {
+  if (text.empty() || text[0] != ',') return false;
+  text.remove_prefix(1);
+  return true;
+}
+
+}  // namespace
+
+SpinRange ParseSpinText(std::string_view text) {
+  SpinRange r;
+  int32_t v = 0;
+  if (!ScanInt(text, v)) return r;
+  r.min = v;
+  if (!ScanComma(text) || !ScanInt(text, v)) return r;
+  r.max = v;
+  if (!ScanComma(text) || !ScanInt(text, v)) return r;
+  r.def = v;
+  return r;
+}
+
+int32_t ClampSpin(const SpinRange& range, int64_t value) {
+  if (value < range.min) return range.min;
+  if (value > range.max) return range.max;
+  return static_cast<int32_t>(value);
+}
+
+int32_t Random::Next() {
+  m_state = m_state * 0x000015A400004E35ull + 1;
+  return static_cast<int32_t>((m_state >> 32) & 0x7FFFFFFFu);
+}
+
+int32_t Random::NextShort() {
+  uint32_t low = static_cast<uint32_t>(m_state) * 0x015A4E35u + 1;
+  m_state = (m_state & 0xFFFFFFFF00000000ull) | low;
+  return static_cast<int32_t>((low >> 16) & 0x7FFF);
+}
+
+Colour ColourPick::Pick(Random& random) {
+  int n = static_cast<int>(m_colours.size());
+  if (n < 2) {
+    m_previous = 0;
+    return n == 0 ? 0 : m_colours[0];
+  }
+  int r = 0;
+  for (int tries = 0; tries < 16; ++tries) {
+    r = random.Below(n);
+    if (r != m_previous) break;
+  }
+  m_previous = r;
+  return m_colours[r];
+}
+
+std::vector<Colour> CollectColours(const ParamReader& reader, const int (&colour_ids)[5],
+                                   const int (&enable_ids)[4]) {
+  std::vector<Colour> colours;
+  colours.push_back(reader.ColourValue(colour_ids[0]));
+  for (int i = 0; i < 4; ++i)
+    if (reader.Checked(enable_ids[i])) colours.push_back(reader.ColourValue(colour_ids[i + 1]));
+  return colours;
+}
+
+ImageBlock StylePreview(const StyleEntry& style, const ParamReader& reader, Random& random) {
+  if (!style.init) return {};
+  std::unique_ptr<StyleRecord> record = style.init(reader, random);
+  if (!record) return {};
+  return record->RenderFrame(0);
+}
+
+bool StyleBuild(const StyleEntry& style, const ParamReader& reader, Random& random,
+                int32_t delay, FrameList& frames, const std::function<void(int, int)>& progress) {
+  if (!style.init) return false;
+  std::unique_ptr<StyleRecord> record = style.init(reader, random);
+  if (!record) return false;
+  int n = record->FrameCount();
+  for (int k = 0; k < n; ++k) {
+    ImageBlock frame = record->RenderFrame(k);
+    if (!frame || !FrameListAddImage(frames, std::move(frame), delay)) return false;
+    if (progress) progress(k, n);
+  }
+  return true;
+}
+
+}  // namespace tess

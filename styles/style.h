@@ -1,0 +1,179 @@
+// The style framework: how an effect declares its settings page, how it reads
+// its settings, the shared random generator and colour pick, and the calling
+// order of preview and build that makes the preview equal to frame 0.
+//
+// Sections: page declarations · reading settings · random generator ·
+// colour pick · style entries · preview and build.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "output/frame_list.h"
+#include "output/image.h"
+
+namespace tess {
+
+// ---------------------------------------------------------------- page declarations
+
+// Kinds of page control. The same kinds bind to settings in the dialog and
+// write document lines.
+enum class ControlKind : uint8_t {
+  kSpin,          // edit with an up-down control; spin text "min,max,default"
+  kSignedSpin,    // as kSpin, stored as text
+  kCheck,         // check box, 0 or 1
+  kColourButton,  // plain colour (Background)
+  kFillButton,    // Colour 1-5: a fill whose value is its colour
+  kFountain,      // fountain gradient control
+  kPicker,        // direction picker
+  kMatrix,        // pixel-tile button
+  kDropDown,      // index drop-down list; items separated by ';'
+  kLabel,         // static text only
+};
+
+// One control of a style's page, declared once in the effect's source file.
+// The Windows shell creates its controls from these; the command-line host
+// reads ranges and defaults from them.
+struct PageControl {
+  int id;              // see PageControlId; fixed ids for the built-in fountains
+  ControlKind kind;
+  const char* label;   // the label as the page shows it, e.g. "Frames:"
+  const char* key;     // setting suffix after "StyleNNN", e.g. "Frames"; null for none
+  const char* spin;    // spin text for kSpin/kSignedSpin; items for kDropDown
+  int16_t x, y, w, h;  // place on the page in dialog units
+};
+
+// Page controls of style number S are 3000 + 100*S + n (n = 1..99); each
+// up-down control is its edit's id + 10000.
+constexpr int PageControlId(int style_number, int n) { return 3000 + 100 * style_number + n; }
+constexpr int kUpDownIdOffset = 10000;
+
+struct SpinRange {
+  int32_t min = 0;
+  int32_t max = 100;
+  int32_t def = 0;
+};
+
+// "%d,%d,%d" into min, max and default; min 0 and max 100 stand when the text
+// does not parse, as the dialog's reading does.
+SpinRange ParseSpinText(std::string_view text);
+
+// An out-of-range entry is never an error: it is used as the nearest bound.
+int32_t ClampSpin(const SpinRange& range, int64_t value);
+
+// ---------------------------------------------------------------- reading settings
+
+// How settings reach a style, by control id. The command-line host implements
+// it over the settings object, the Windows dialog over its controls.
+class ParamReader {
+ public:
+  virtual ~ParamReader() = default;
+  // The clamped value of a spin control.
+  virtual int32_t Spin(int id) const = 0;
+  virtual bool Checked(int id) const = 0;
+  // Colour or fill button: the colour value (0x00BBGGRR in the low 24 bits).
+  virtual Colour ColourValue(int id) const = 0;
+  // Index drop-down: the selected index.
+  virtual int32_t Selection(int id) const = 0;
+};
+
+// ---------------------------------------------------------------- random generator
+
+// The generator every seeded effect draws from: a 64-bit linear congruential
+// state. The sequence is part of the product (a seed must give the same
+// picture everywhere), so every rule here is exact.
+class Random {
+ public:
+  // Low half = seed, high half = 0.
+  void Seed(uint32_t seed) { m_state = seed; }
+  // S = S * 0x000015A400004E35 + 1; the high half with its top bit cleared.
+  int32_t Next();
+  // Advances only the low half: L = L * 0x015A4E35 + 1; bits 16..30 of L.
+  int32_t NextShort();
+  // Draw modulo n (signed remainder); 0 without drawing when n is 0.
+  int32_t Below(int32_t n) { return n == 0 ? 0 : Next() % n; }
+  int32_t BelowShort(int32_t n) { return n == 0 ? 0 : NextShort() % n; }
+
+  uint64_t state() const { return m_state; }
+
+ private:
+  uint64_t m_state = 0;
+};
+
+// ---------------------------------------------------------------- colour pick
+
+// Picks element colours so that neighbours rarely share one: up to 16 draws
+// for an index different from the previous pick. With fewer than two colours
+// it draws nothing.
+class ColourPick {
+ public:
+  explicit ColourPick(std::vector<Colour> colours) : m_colours(std::move(colours)) {}
+  Colour Pick(Random& random);
+  const std::vector<Colour>& colours() const { return m_colours; }
+
+ private:
+  std::vector<Colour> m_colours;
+  int m_previous = 0;
+};
+
+// Colour 1 always, then colours 2..5 each when its Enable box is checked.
+std::vector<Colour> CollectColours(const ParamReader& reader, const int (&colour_ids)[5],
+                                   const int (&enable_ids)[4]);
+
+// ---------------------------------------------------------------- style entries
+
+// A style's parameter record for one preview or one build: built once by the
+// entry's init, then asked for frames 0, 1, ... in order, each once.
+class StyleRecord {
+ public:
+  virtual ~StyleRecord() = default;
+  // N, which a style may lower at initialisation.
+  virtual int FrameCount() const = 0;
+  // A new W x H 24-bit image, or null when memory is short.
+  virtual ImageBlock RenderFrame(int k) = 0;
+};
+
+// Sizes of the tile as read from the page ("Width:" and "Depth:").
+struct TileSize {
+  int32_t width = 0;
+  int32_t height = 0;
+};
+
+struct StyleEntry {
+  const char* name;   // as the effect list shows it
+  int number;         // the NNN of the StyleNNN keys; page dialog 7400 + number
+  std::span<const PageControl> page;
+  // Reads the page, seeds the generator and builds the record; null when
+  // memory is short. Null for effects that cannot render yet.
+  std::unique_ptr<StyleRecord> (*init)(const ParamReader& reader, Random& random);
+  // The page's "Background:" colour as a colour value, or kNoColour when the
+  // flag is non-zero or the style has no single background colour. Null for
+  // styles without a background query.
+  Colour (*background)(const ParamReader& reader, int flag);
+};
+
+// The twenty effects in list order (the index stored in MainEffect).
+std::span<const StyleEntry> StyleTable();
+constexpr int kStyleCount = 20;
+
+// The entry with this display name (case-insensitive), or null.
+const StyleEntry* FindStyle(std::string_view name);
+
+// ---------------------------------------------------------------- preview and build
+
+// Frame 0 of a fresh initialisation; null on failure or for an effect that
+// cannot render yet.
+ImageBlock StylePreview(const StyleEntry& style, const ParamReader& reader, Random& random);
+
+// Renders frames 0..N-1 in order into `frames`, each with `delay`, reporting
+// (k, N) after each frame. Stops at the first failure and returns false.
+bool StyleBuild(const StyleEntry& style, const ParamReader& reader, Random& random,
+                int32_t delay, FrameList& frames,
+                const std::function<void(int, int)>& progress = {});
+
+}  // namespace tess
