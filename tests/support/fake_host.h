@@ -28,7 +28,9 @@ class FakeHost final : public HostService {
   std::vector<Received> calls;
   int32_t create_result = 1;
   int refuse_image = -1;  // index among add-image calls to refuse, -1 for none
+  int refuse_lend = -1;   // index among lend requests that cannot be met
   int lent = 0;           // images lent and not yet returned
+  int lend_requests = 0;
 
   int32_t Call(HostHandle object, int32_t command, intptr_t param, void* data) override {
     Received c;
@@ -65,6 +67,7 @@ class FakeHost final : public HostService {
   }
 
   HostHandle LendImage(const ImageBlock& image) override {
+    if (lend_requests++ == refuse_lend) return 0;
     ++lent;
     return HostService::LendImage(image);
   }
