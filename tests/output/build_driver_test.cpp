@@ -100,6 +100,13 @@ class BuildTest : public ::testing::Test {
   static ImageBlock Lent(const FakeHost::Received* call) {
     return ImageBlock::FromBytes(call->image.data(), call->image.size());
   }
+  ImageBlock Frame(size_t i) const { return Lent(Images().at(i)); }
+  int32_t TransparentIndex(size_t i) const { return Signed(Images().at(i)->record, 36); }
+  uint32_t TransparentFlag(size_t i) const { return Word(Images().at(i)->record, 12); }
+  bool Saw(const std::string& status) const {
+    auto all = host.Statuses();
+    return std::find(all.begin(), all.end(), status) != all.end();
+  }
 
   MapReader dialog;
   std::vector<StyleEntry> styles = TestStyles();
@@ -194,50 +201,39 @@ TEST_F(BuildTest, StatusAndProgressFollowThePhases) {
                       "0/3", "1/3", "2/3", "0/0", "#1", "#2", "#2", "#2", "#4"}));
 }
 
-TEST_F(BuildTest, PalettisedFramesAreThePlainRemapOfTheRenderedOnes) {
+TEST_F(BuildTest, PalettisedFramesAreTheChosenRemapOfTheRenderedOnes) {
   Set(kTrueColour, 0);
-  Set(kPaletteList, 1);  // "Sixteen-color Windows": 4 bits
-  ASSERT_TRUE(Run());
-  uint8_t rgb[kPaletteBytes];
-  int bits = 0;
-  int count = BuildFixedPalette(rgb, &bits, 1);
-  EXPECT_EQ(Word(Task(), 20), 4u);
-  FrameList rendered = Rendered();
-  auto images = Images();
-  ASSERT_EQ(images.size(), 3u);
-  for (int i = 0; i < 3; ++i) {
-    ImageBlock got = Lent(images[static_cast<size_t>(i)]);
-    ImageBlock want = RemapImage(rendered[i].image, rgb, bits, count, RemapOptions{});
-    ASSERT_TRUE(got);
-    EXPECT_EQ(got.bits(), 4);
-    EXPECT_EQ(std::vector<uint8_t>(got.data(), got.data() + got.size()),
-              std::vector<uint8_t>(want.data(), want.data() + want.size()));
+  Set(kTestRich, 1);
+  for (int dither : {0, 1}) {
+    SCOPED_TRACE(dither);
+    host = FakeHost();
+    Set(kDither, dither);
+    Set(kPaletteList, 1);  // "Sixteen-color Windows": 4 bits
+    options.fast_remap = dither != 0;
+    ASSERT_TRUE(Run());
+    uint8_t rgb[kPaletteBytes];
+    int bits = 0;
+    int count = BuildFixedPalette(rgb, &bits, 1);
+    EXPECT_EQ(Word(Task(), 20), 4u);
+    RemapOptions remap;
+    remap.fast_remap = options.fast_remap;
+    FrameList rendered = Rendered();
+    for (int i = 0; i < 3; ++i) {
+      const ImageBlock& source = rendered[i].image;
+      ImageBlock want = dither ? DitherImage(source, rgb, bits, count, remap)
+                               : RemapImage(source, rgb, bits, count, remap);
+      ImageBlock got = Frame(static_cast<size_t>(i));
+      ASSERT_TRUE(got);
+      EXPECT_EQ(std::vector<uint8_t>(got.data(), got.data() + got.size()),
+                std::vector<uint8_t>(want.data(), want.data() + want.size()));
+    }
   }
 }
 
-TEST_F(BuildTest, DitheredFramesUseTheErrorDiffusionRemap) {
-  Set(kTrueColour, 0);
-  Set(kDither, 1);
-  Set(kTestRich, 1);
-  options.fast_remap = true;
-  ASSERT_TRUE(Run());
-  uint8_t rgb[kPaletteBytes];
-  int bits = 0;
-  int count = BuildFixedPalette(rgb, &bits, 6);
-  RemapOptions remap;
-  remap.fast_remap = true;
-  FrameList rendered = Rendered();
-  ImageBlock want = DitherImage(rendered[1].image, rgb, bits, count, remap);
-  EXPECT_EQ(Pixels(Lent(Images()[1])), Pixels(want));
-  EXPECT_NE(Pixels(want), Pixels(RemapImage(rendered[1].image, rgb, bits, count, remap)));
-}
-
-TEST_F(BuildTest, TestModeCreatesATrialFileObject) {
+TEST_F(BuildTest, TestModeCreatesATrialFileObjectAndTheCommentIsOptional) {
   ASSERT_TRUE(Run(BuildMode::kTest));
   EXPECT_EQ(host.TaskCommands(), (std::vector<int32_t>{5, 2, 2, 2, 3, 4}));
-}
-
-TEST_F(BuildTest, WithoutCommentTheTaskClosesAfterTheFrames) {
+  host = FakeHost();
   Set(kAddComment, 0);
   ASSERT_TRUE(Run());
   EXPECT_EQ(host.TaskCommands(), (std::vector<int32_t>{1, 2, 2, 2, 4}));
@@ -379,25 +375,21 @@ TEST_F(PalettisedBuildTest, SupercompressWinsOverMaskBackground) {
   Set(kSupercompress, 1);
   Set(kMaskBackground, 1);
   ASSERT_TRUE(Run());
-  auto images = Images();
-  ASSERT_EQ(images.size(), 3u);
-  int n = Signed(images[1]->record, 36);
+  int n = TransparentIndex(1);
   ASSERT_GT(n, 0);
   // bg was made exact (appended) as it is only when mask background is off.
   EXPECT_GE(Find(TaskPalette(Task()), n, kBg), 0);
-  ImageBlock frame2 = Lent(images[2]);
-  EXPECT_NE(ImageGetPixel(frame2, 2, 1), static_cast<Colour>(n));
-  EXPECT_EQ(host.Statuses()[3], "Supercompressing");
+  EXPECT_NE(ImageGetPixel(Frame(2), 2, 1), static_cast<Colour>(n));
+  EXPECT_TRUE(Saw("Supercompressing"));
 }
 
 TEST_F(PalettisedBuildTest, OneFrameIsNeverSupercompressed) {
   Set(kSupercompress, 1);
   Set(kTestFrames, 1);
   ASSERT_TRUE(Run());
-  auto images = Images();
-  ASSERT_EQ(images.size(), 1u);
-  EXPECT_EQ(Signed(images[0]->record, 36), -1);
-  for (const std::string& s : host.Statuses()) EXPECT_NE(s, "Supercompressing");
+  ASSERT_EQ(Images().size(), 1u);
+  EXPECT_EQ(TransparentIndex(0), -1);
+  EXPECT_FALSE(Saw("Supercompressing"));
 }
 
 TEST_F(BuildTest, TrueColourIgnoresSupercompress) {
@@ -405,26 +397,21 @@ TEST_F(BuildTest, TrueColourIgnoresSupercompress) {
   Set(kCustomPalette, 1);
   ASSERT_TRUE(Run());
   FrameList rendered = Rendered();
-  auto images = Images();
-  ASSERT_EQ(images.size(), 3u);
-  for (int i = 0; i < 3; ++i) {
-    EXPECT_EQ(Signed(images[static_cast<size_t>(i)]->record, 36), -1);
-    ImageBlock got = Lent(images[static_cast<size_t>(i)]);
-    EXPECT_EQ(got.bits(), 24);
-    EXPECT_EQ(Pixels(got), Pixels(rendered[i].image));
+  for (size_t i = 0; i < 3; ++i) {
+    EXPECT_EQ(TransparentIndex(i), -1);
+    EXPECT_EQ(Frame(i).bits(), 24);
+    EXPECT_EQ(Pixels(Frame(i)), Pixels(rendered[static_cast<int>(i)].image));
   }
-  for (const std::string& s : host.Statuses()) {
-    EXPECT_NE(s, "Supercompressing");
-    EXPECT_NE(s, "Quantizing");
-  }
+  EXPECT_FALSE(Saw("Supercompressing"));
+  EXPECT_FALSE(Saw("Quantizing"));
 }
 
 TEST_F(BuildTest, FixedPaletteLeavesNoIndexToSupercompressWith) {
   Set(kTrueColour, 0);
   Set(kSupercompress, 1);
   ASSERT_TRUE(Run());
-  for (const auto* image : Images()) EXPECT_EQ(Signed(image->record, 36), -1);
-  for (const std::string& s : host.Statuses()) EXPECT_NE(s, "Supercompressing");
+  for (size_t i = 0; i < 3; ++i) EXPECT_EQ(TransparentIndex(i), -1);
+  EXPECT_FALSE(Saw("Supercompressing"));
 }
 
 TEST_F(PalettisedBuildTest, FewColoursGetBackgroundAppended) {
@@ -445,18 +432,28 @@ TEST_F(PalettisedBuildTest, ManyColoursGetBackgroundOverTheNearestEntry) {
   Set(kTestRich, 1);
   Set(kTestWidth, 24);
   Set(kTestHeight, 16);
-  int n = 0;
-  std::vector<uint8_t> want = Adaptive(256, &n);
-  ASSERT_GE(n, 254);
-  ASSERT_LT(Find(want, n, kBg), 0);
-  ASSERT_TRUE(Run());
-  int nearest = NearestColour(ColourRed(kBg), ColourGreen(kBg), ColourBlue(kBg), want.data(), n);
-  want[3 * nearest] = ColourRed(kBg);
-  want[3 * nearest + 1] = ColourGreen(kBg);
-  want[3 * nearest + 2] = ColourBlue(kBg);
-  SortPaletteByLuminance(want.data(), n, true);
-  EXPECT_EQ(TaskPalette(Task()), want);
-  EXPECT_EQ(Word(Task(), 20), static_cast<uint32_t>(BitsForColours(n)));
+  for (int supercompress : {0, 1}) {  // 256 or 255 colours asked for
+    SCOPED_TRACE(supercompress);
+    host = FakeHost();
+    Set(kSupercompress, supercompress);
+    int n = 0;
+    std::vector<uint8_t> want = Adaptive(256 - supercompress, &n);
+    ASSERT_EQ(n, 256 - supercompress);
+    ASSERT_LT(Find(want, n, kBg), 0);
+    ASSERT_TRUE(Run());
+    int nearest = NearestColour(ColourRed(kBg), ColourGreen(kBg), ColourBlue(kBg), want.data(), n);
+    want[3 * nearest] = ColourRed(kBg);
+    want[3 * nearest + 1] = ColourGreen(kBg);
+    want[3 * nearest + 2] = ColourBlue(kBg);
+    SortPaletteByLuminance(want.data(), n, true);
+    if (supercompress) {
+      want[3 * n] = ColourRed(kBg);  // the supercompress entry
+      want[3 * n + 1] = ColourGreen(kBg);
+      want[3 * n + 2] = ColourBlue(kBg);
+    }
+    EXPECT_EQ(TaskPalette(Task()), want);
+    EXPECT_EQ(Word(Task(), 20), 8u);
+  }
 }
 
 TEST_F(PalettisedBuildTest, MaskBackgroundPutsTheBackgroundOnTheReservedIndex) {
@@ -486,45 +483,47 @@ TEST_F(PalettisedBuildTest, TransparentBackgroundMarksEveryFrameAndTheTask) {
   int n = 0;
   Adaptive(255, &n);
   EXPECT_EQ(Signed(Task(), 1065), n);
-  for (const auto* image : Images()) {
-    EXPECT_EQ(Word(image->record, 12), 1u);
-    EXPECT_EQ(Signed(image->record, 36), n);
+  for (size_t i = 0; i < 3; ++i) {
+    EXPECT_EQ(TransparentFlag(i), 1u);
+    EXPECT_EQ(TransparentIndex(i), n);
   }
 }
 
-TEST_F(PalettisedBuildTest, StylesWithABackgroundButtonForbidTheTransparentBackground) {
-  Set(kTransparentBackground, 1);  // the moving style answers -1 to the question
-  ASSERT_TRUE(Run());
-  EXPECT_EQ(Word(Task(), 1065), 0u);
-  for (const auto* image : Images()) {
-    EXPECT_EQ(Word(image->record, 12), 0u);
-    EXPECT_EQ(Signed(image->record, 36), -1);
+// A style with a "Background:" button answers -1 to "do you forbid a
+// transparent background?"; one without a single background answers -1 to
+// both questions; one without a query allows everything with a black bg.
+TEST_F(PalettisedBuildTest, BackgroundQueryDecidesMaskAndTransparency) {
+  struct Case {
+    int style;
+    bool masked;       // the reserved index holds bg
+    bool transparent;  // and is every frame's transparent index
+    Colour bg;         // as it reaches the palette
+  };
+  for (Case c : {Case{kStyleMoving, true, false, kBg}, Case{kStyleNoSingle, false, false, 0xFFFFFF},
+                 Case{kStyleNoBackground, true, true, 0}}) {
+    SCOPED_TRACE(c.style);
+    host = FakeHost();
+    Set(kEffectList, c.style);
+    Set(kMaskBackground, 1);
+    Set(kTransparentBackground, 1);
+    ASSERT_TRUE(Run());
+    int n = 0;
+    Adaptive(c.masked ? 255 : 256, &n);
+    EXPECT_EQ(Signed(Task(), 1065), c.transparent ? n : 0);
+    for (size_t i = 0; i < 3; ++i) {
+      EXPECT_EQ(TransparentFlag(i), c.transparent ? 1u : 0u);
+      EXPECT_EQ(TransparentIndex(i), c.transparent ? n : -1);
+    }
+    // Masked: bg sits on the reserved index n; otherwise it is appended as an
+    // ordinary colour (the -1 of "no single background" reads as white).
+    const std::vector<uint8_t> palette = TaskPalette(Task());
+    if (c.masked) {
+      EXPECT_EQ(MakeColour(palette[3 * n], palette[3 * n + 1], palette[3 * n + 2]), c.bg);
+    } else {
+      EXPECT_GE(Find(palette, n + 1, c.bg), 0);
+    }
+    EXPECT_EQ(Word(Task(), 20), static_cast<uint32_t>(BitsForColours(n + 1)));
   }
-}
-
-TEST_F(PalettisedBuildTest, NoSingleBackgroundSwitchesMaskAndTransparencyOff) {
-  Set(kEffectList, kStyleNoSingle);
-  Set(kMaskBackground, 1);
-  Set(kTransparentBackground, 1);
-  ASSERT_TRUE(Run());
-  int n = 0;
-  Adaptive(256, &n);  // the full 256 asked for: nothing reserved
-  ASSERT_LT(n, 254);
-  // bg is the query's -1, appended as white like any background.
-  EXPECT_EQ(Word(Task(), 20), static_cast<uint32_t>(BitsForColours(n + 1)));
-  EXPECT_GE(Find(TaskPalette(Task()), n + 1, 0xFFFFFF), 0);
-  for (const auto* image : Images()) {
-    EXPECT_EQ(Word(image->record, 12), 0u);
-    EXPECT_EQ(Signed(image->record, 36), -1);
-  }
-}
-
-TEST_F(PalettisedBuildTest, WithoutABackgroundQueryTheBackgroundIsBlack) {
-  Set(kEffectList, kStyleNoBackground);
-  ASSERT_TRUE(Run());
-  int n = 0;
-  Adaptive(256, &n);
-  EXPECT_EQ(Find(TaskPalette(Task()), n + 1, 0x000000), 0);
 }
 
 // ---------------------------------------------------------------- preview
@@ -562,7 +561,9 @@ TEST_F(PreviewTest, AlwaysAPlainPalettisedAnimationWhateverTheBoxesSay) {
   Set(kSupercompress, 1);
   Set(kMaskBackground, 0);
   Set(kTestRich, 1);
-  Set(kDelayEdit, 25);
+  Set(kDelayEdit, 250);
+  // Thousandths of a second in the host, hundredths in the GIF.
+  options.host_capabilities = kHostCapTrueColour | kHostCapOptimise;
   ASSERT_TRUE(Run(BuildMode::kPreview));
   EXPECT_TRUE(reporter.messages.empty());
   EXPECT_TRUE(host.TaskCommands().empty());
@@ -591,13 +592,6 @@ TEST_F(PreviewTest, AlwaysAPlainPalettisedAnimationWhateverTheBoxesSay) {
   ASSERT_EQ(platform.opened_documents.size(), 1u);
   EXPECT_EQ(fs::path(platform.opened_documents[0].target), folder / "preview.html");
   EXPECT_TRUE(platform.opened_documents[0].maximised);
-}
-
-TEST_F(PreviewTest, ThousandthsOfASecondAreDividedForTheGif) {
-  Set(kDelayEdit, 47);
-  options.host_capabilities = kHostCapTrueColour | kHostCapOptimise;
-  ASSERT_TRUE(Run(BuildMode::kPreview));
-  for (const GifDecodedFrame& f : Decoded().frames) EXPECT_EQ(f.control->delay, 4);
 }
 
 TEST_F(PreviewTest, TransparentBackgroundReachesTheGif) {

@@ -32,32 +32,6 @@ TEST(HostRecords, StartZeroedWithSizeAndVersion) {
   }
 }
 
-TEST(HostRecords, FieldsLandAtTheHostsOffsets) {
-  TaskRecord task = MakeTaskRecord();
-  task.width = 0x01020304;
-  task.frame_count = 64;
-  task.palette[0] = 0xAB;
-  task.palette[767] = 0xCD;
-  task.transparent_index = 0x11223344;
-  auto t = Bytes(task);
-  EXPECT_EQ(get_u32le(&t[12 + kGrowth]), 0x01020304u);
-  EXPECT_EQ(t[28 + kGrowth], 0xAB);
-  EXPECT_EQ(t[28 + 767 + kGrowth], 0xCD);
-  EXPECT_EQ(get_u32le(&t[800 + kGrowth]), 64u);
-  // The unaligned last field ends the record.
-  EXPECT_EQ(get_u32le(&t[1065 + kGrowth]), 0x11223344u);
-  EXPECT_EQ(t.size(), 1065 + kGrowth + 4);
-
-  ImageRecord image = MakeImageRecord();
-  image.delay = 7;
-  image.frame_number = 3;
-  image.transparent_index = -1;
-  auto i = Bytes(image);
-  EXPECT_EQ(get_u32le(&i[16 + kGrowth]), 7u);
-  EXPECT_EQ(get_u32le(&i[32 + kGrowth]), 3u);
-  EXPECT_EQ(get_i32le(&i[36 + kGrowth]), -1);
-}
-
 class NullHost final : public HostService {
  public:
   int32_t Call(HostHandle, int32_t, intptr_t, void*) override { return 0; }
