@@ -1,0 +1,185 @@
+// Reading and writing the configuration file. The reader takes the file in
+// reads of at most 259 characters, as the file has always been read, so the
+// prefix matching and line-length quirks of existing files keep their meaning.
+// The writer goes through a temporary file beside the target and renames it
+// into place, so an interrupted write never loses the previous settings.
+#include "shell/config_file.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <new>
+#include <system_error>
+
+namespace tess {
+namespace {
+
+constexpr const char* kFolderName = "Brindlewood";
+constexpr const char* kFileName = "zephyra1.ini";
+
+// One read takes at most this many characters, line end included.
+constexpr int kReadChunk = 259;
+
+struct FileCloser {
+  void operator()(std::FILE* f) const { std::fclose(f); }
+};
+using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
+
+unsigned char Byte(char c) { return static_cast<unsigned char>(c); }
+
+// Bytes are compared unsigned, so non-ASCII characters in paths (UTF-8 or a
+// code page) are part of the value rather than ending it.
+std::string_view CutAtControl(std::string_view line) {
+  size_t end = 0;
+  while (end < line.size() && Byte(line[end]) >= 32) ++end;
+  return line.substr(0, end);
+}
+
+size_t SkipRun(std::string_view text, size_t pos, char c) {
+  while (pos < text.size() && text[pos] == c) ++pos;
+  return pos;
+}
+
+// The first readable key whose name begins with `key`: keys are matched as
+// prefixes, and an empty key matches the first entry.
+int FindReadableKey(std::string_view key) {
+  std::span<const ConfigKey> keys = ConfigKeys();
+  for (size_t i = 0; i < keys.size(); ++i) {
+    if (!keys[i].IsWrittenOnly() && keys[i].name.starts_with(key)) return static_cast<int>(i);
+  }
+  return -1;
+}
+
+bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+// Signed decimal: leading white space, one sign, digits up to the first
+// non-digit, 0 without digits. Accumulating modulo 2^32 makes the unsigned
+// form the writer uses for negative values read back as the same value
+// ("4294967295" is -1), and no input can overflow.
+int32_t ParseSettingNumber(std::string_view text) {
+  size_t pos = 0;
+  while (pos < text.size() && IsSpace(text[pos])) ++pos;
+  bool negative = false;
+  if (pos < text.size() && (text[pos] == '+' || text[pos] == '-')) negative = text[pos++] == '-';
+  uint32_t value = 0;
+  for (; pos < text.size() && text[pos] >= '0' && text[pos] <= '9'; ++pos)
+    value = value * 10u + static_cast<uint32_t>(text[pos] - '0');
+  if (negative) value = 0u - value;
+  return static_cast<int32_t>(value);
+}
+
+void AppendLine(std::string& out, std::string_view a, std::string_view b = {}) {
+  out.append(a);
+  out.append(b);
+  out.push_back('\n');
+}
+
+// Writes `text` to a new file at `path` in text mode: on Windows the C library
+// turns each "\n" into CR LF, elsewhere the file keeps "\n".
+bool WriteTextFile(const std::string& path, const std::string& text) {
+  std::FILE* f = std::fopen(path.c_str(), "w");
+  if (!f) return false;
+  bool ok = std::fwrite(text.data(), 1, text.size(), f) == text.size();
+  ok = std::fflush(f) == 0 && ok;
+  ok = std::fclose(f) == 0 && ok;
+  return ok;
+}
+
+}  // namespace
+
+std::string SettingsFilePath(Platform& platform) {
+  std::string folder = platform.AppDataFolder();
+  if (folder.empty()) return {};
+  char sep = platform.PathSeparator();
+  if (folder.back() != sep) folder.push_back(sep);
+  return folder + kFolderName + sep + kFileName;
+}
+
+void ApplySettingsLine(std::string_view line, Settings& settings) {
+  if (line.starts_with(';')) return;
+  line = CutAtControl(line);
+  size_t key_end = 0;
+  while (key_end < line.size() && Byte(line[key_end]) >= 33 && line[key_end] != '=') ++key_end;
+  int index = FindReadableKey(line.substr(0, key_end));
+  if (index < 0) return;
+
+  size_t pos = SkipRun(line, key_end, ' ');
+  pos = SkipRun(line, pos, '=');
+  pos = SkipRun(line, pos, ' ');
+  std::string_view value = line.substr(pos);
+  if (ConfigKeys()[static_cast<size_t>(index)].IsText())
+    settings.SetTextAt(index, value);
+  else
+    settings.SetNumberAt(index, ParseSettingNumber(value));
+}
+
+bool ReadSettings(const std::string& path, Settings& settings, Platform& platform) {
+  if (platform.ShiftDown() || path.empty()) return false;
+  FilePtr file(std::fopen(path.c_str(), "r"));
+  if (!file) return false;
+  // fgets with a buffer of kReadChunk + 1 stops after kReadChunk characters:
+  // the rest of a longer physical line arrives as the next "line" (and a line
+  // of exactly kReadChunk characters is followed by an empty one).
+  char buffer[kReadChunk + 1];
+  while (std::fgets(buffer, sizeof buffer, file.get())) ApplySettingsLine(buffer, settings);
+  return true;
+}
+
+std::string FormatHeaderTime(const LocalTime& now) {
+  static constexpr const char* kWeekdays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+  static constexpr const char* kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                            "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+  const char* weekday = now.weekday >= 0 && now.weekday < 7 ? kWeekdays[now.weekday] : "???";
+  const char* month = now.month >= 0 && now.month < 12 ? kMonths[now.month] : "???";
+  char when[96];
+  std::snprintf(when, sizeof when, "%s %s %2d %02d:%02d:%02d %d", weekday, month, now.day,
+                now.hour, now.minute, now.second, now.year);
+  // Always exactly 24 characters, whatever odd year or field widths came in.
+  char kept[25];
+  std::snprintf(kept, sizeof kept, "%24.24s", when);
+  return kept;
+}
+
+std::string FormatSettings(const Settings& settings, const LocalTime& now) {
+  std::string out;
+  AppendLine(out, ";Brindlewood animtion plugin configuration file");
+  AppendLine(out, ";Edit this at your own risk");
+  AppendLine(out, ";Last updated ", FormatHeaderTime(now));
+  AppendLine(out, ";");
+  AppendLine(out, "[PlugIn]");
+  std::span<const ConfigKey> keys = ConfigKeys();
+  for (size_t i = 0; i < keys.size(); ++i) {
+    out.append(keys[i].name);
+    out.append(" = ");
+    int index = static_cast<int>(i);
+    if (keys[i].IsText())
+      AppendLine(out, settings.TextAt(index));
+    else
+      AppendLine(out, std::to_string(static_cast<uint32_t>(settings.NumberAt(index))));
+  }
+  return out;
+}
+
+bool WriteSettings(const std::string& path, const Settings& settings, Platform& platform) {
+  if (path.empty()) return false;
+  try {
+    std::string text = FormatSettings(settings, platform.Now());
+    std::string temporary = path + ".tmp";
+    std::error_code ec;
+    if (!WriteTextFile(temporary, text)) {
+      std::filesystem::remove(temporary, ec);
+      return false;
+    }
+    std::filesystem::rename(temporary, path, ec);
+    if (ec) {
+      std::filesystem::remove(temporary, ec);
+      return false;
+    }
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+}  // namespace tess

@@ -1,0 +1,39 @@
+// The configuration file "zephyra1.ini": where it lives, and the two generic
+// loops over the key table that read and write it. Neither ever reports an
+// error to the user: a missing or unreadable file leaves the settings alone,
+// and a failed write keeps the previous file intact.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/platform.h"
+#include "shell/settings.h"
+
+namespace tess {
+
+// "<application data>/Brindlewood/zephyra1.ini" with the platform's separator;
+// empty when the platform has no application-data folder.
+std::string SettingsFilePath(Platform& platform);
+
+// Takes every key the file at `path` holds into `settings`. Takes nothing
+// while Shift is held, so the user can start from the defaults. True when the
+// file was read.
+bool ReadSettings(const std::string& path, Settings& settings, Platform& platform);
+
+// Replaces the file at `path` with every setting, stamped with the platform's
+// local time. The folder must exist already. False when nothing was written;
+// the previous file is then untouched.
+bool WriteSettings(const std::string& path, const Settings& settings, Platform& platform);
+
+// One line as read from the file (at most 259 characters, line end included or
+// not): a comment, a key with its value, or something to ignore.
+void ApplySettingsLine(std::string_view line, Settings& settings);
+
+// The whole file's text for `now`, with "\n" line ends.
+std::string FormatSettings(const Settings& settings, const LocalTime& now);
+
+// `now` in the 24-character form "Sun Nov 22 09:05:07 2026".
+std::string FormatHeaderTime(const LocalTime& now);
+
+}  // namespace tess
