@@ -15,9 +15,6 @@
 namespace tess {
 namespace {
 
-constexpr const char* kFolderName = "Brindlewood";
-constexpr const char* kFileName = "zephyra1.ini";
-
 // One read takes at most this many characters, line end included.
 constexpr int kReadChunk = 259;
 
@@ -87,14 +84,6 @@ bool WriteTextFile(const std::string& path, const std::string& text) {
 }
 
 }  // namespace
-
-std::string SettingsFilePath(Platform& platform) {
-  std::string folder = platform.AppDataFolder();
-  if (folder.empty()) return {};
-  char sep = platform.PathSeparator();
-  if (folder.back() != sep) folder.push_back(sep);
-  return folder + kFolderName + sep + kFileName;
-}
 
 void ApplySettingsLine(std::string_view line, Settings& settings) {
   if (line.starts_with(';')) return;

@@ -1,4 +1,4 @@
-// The configuration file "zephyra1.ini": where it lives, and the two generic
+// The configuration file "zephyra1.ini" (found with ConfigFilePath): the two generic
 // loops over the key table that read and write it. Neither ever reports an
 // error to the user: a missing or unreadable file leaves the settings alone,
 // and a failed write keeps the previous file intact.
@@ -11,10 +11,6 @@
 #include "shell/settings.h"
 
 namespace tess {
-
-// "<application data>/Brindlewood/zephyra1.ini" with the platform's separator;
-// empty when the platform has no application-data folder.
-std::string SettingsFilePath(Platform& platform);
 
 // Takes every key the file at `path` holds into `settings`. Takes nothing
 // while Shift is held, so the user can start from the defaults. True when the

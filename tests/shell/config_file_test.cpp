@@ -239,18 +239,5 @@ TEST_F(ConfigFile, FailedReplaceKeepsWhatWasThere) {
   EXPECT_EQ(FolderEntries(), std::vector<std::string>{"zephyra1.ini"});
 }
 
-TEST(SettingsFilePath, BuiltFromTheApplicationDataFolder) {
-  testing::FakePlatform platform;
-  platform.app_data = "/home/u/.config";
-  EXPECT_EQ(SettingsFilePath(platform), "/home/u/.config/Brindlewood/zephyra1.ini");
-  platform.app_data = "/home/u/.config/";
-  EXPECT_EQ(SettingsFilePath(platform), "/home/u/.config/Brindlewood/zephyra1.ini");
-  platform.app_data = "C:\\Users\\u\\AppData\\Roaming";
-  platform.separator = '\\';
-  EXPECT_EQ(SettingsFilePath(platform), "C:\\Users\\u\\AppData\\Roaming\\Brindlewood\\zephyra1.ini");
-  platform.app_data = "";
-  EXPECT_EQ(SettingsFilePath(platform), "");
-}
-
 }  // namespace
 }  // namespace tess
