@@ -44,7 +44,8 @@ struct ConfigKey {
 
 constexpr int kConfigKeyCount = 303;
 constexpr int kStyleKeyCount = 276;
-constexpr int kStyleCount = 20;
+// Style numbers 000..019 that own keys; the style table has one entry for each.
+constexpr int kStyleNumberCount = 20;
 constexpr size_t kSettingTextMax = 260;
 
 // The descriptor table in file order.
