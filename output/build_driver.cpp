@@ -28,7 +28,8 @@ namespace tess {
 
 OutputSettings ReadOutputSettings(const ParamReader& dialog, BuildMode mode, int style_count) {
   OutputSettings s;
-  s.effect = std::clamp(dialog.Selection(kEffectList), 0, std::max(0, std::min(style_count, 20) - 1));
+  int last = std::max(0, std::min(style_count, kStyleCount) - 1);
+  s.effect = std::clamp(dialog.Selection(kEffectList), 0, last);
   s.palette_choice = dialog.Selection(kPaletteList);
   s.delay = dialog.Spin(kDelayEdit);
   s.mask_background = dialog.Checked(kMaskBackground);
@@ -48,7 +49,8 @@ OutputSettings ReadOutputSettings(const ParamReader& dialog, BuildMode mode, int
   return s;
 }
 
-Colour ResolveOutputSettings(OutputSettings& s, const StyleEntry* style, const ParamReader& dialog) {
+Colour ResolveOutputSettings(OutputSettings& s, const StyleEntry* style,
+                             const ParamReader& dialog) {
   auto query = style ? style->background : nullptr;
   if (query && query(dialog, 1) != 0) s.transparent_background = false;
   if (s.true_colour) s.supercompress = false;

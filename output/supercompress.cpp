@@ -105,7 +105,8 @@ void ApplySupercompressMask(ImageBlock& image, const ImageBlock& mask, int index
       case 1: ApplyRow<1>(row, bits, width, index); break;
       default:
         for (int x = 0; x < width; ++x)
-          if (bits[x / 8] & (0x80 >> (x % 8))) ImageSetPixel(image, x, y, static_cast<Colour>(index));
+          if (bits[x / 8] & (0x80 >> (x % 8)))
+            ImageSetPixel(image, x, y, static_cast<Colour>(index));
     }
   }
 }

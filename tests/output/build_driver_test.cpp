@@ -276,7 +276,8 @@ TEST_F(BuildTest, StylesThatRenderNothingGiveMemoryErrorAndNoFileObject) {
     int frames;
     int fail_at;
   };
-  for (Case c : {Case{"no frames", kStyleMoving, 0, 0}, Case{"fails at frame 2", kStyleMoving, 3, 2},
+  for (Case c : {Case{"no frames", kStyleMoving, 0, 0},
+                 Case{"fails at frame 2", kStyleMoving, 3, 2},
                  Case{"cannot render", kStyleNoInit, 3, 0}}) {
     host = FakeHost();
     reporter.messages.clear();

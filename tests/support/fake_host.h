@@ -83,7 +83,8 @@ class FakeHost final : public HostService {
   std::vector<int32_t> TaskCommands() const {
     std::vector<int32_t> out;
     for (const Received& c : calls)
-      if (c.command >= kHostCreateTask && c.command <= kHostCreateTestTask) out.push_back(c.command);
+      if (c.command >= kHostCreateTask && c.command <= kHostCreateTestTask)
+        out.push_back(c.command);
     return out;
   }
 
