@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <functional>
 #include <fstream>
 #include <iterator>
-#include <unistd.h>
 
 #include "base/bytes.h"
 #include "output/build_driver.h"
@@ -534,7 +534,9 @@ class PreviewTest : public BuildTest {
   PreviewTest() {
     static int serial = 0;
     root = fs::temp_directory_path() /
-           ("tess-build-" + std::to_string(getpid()) + "-" + std::to_string(serial++));
+           ("tess-build-" +
+            std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()) +
+            "-" + std::to_string(serial++));
     fs::remove_all(root);
     folder = root / "Brindlewood" / "Tessarine 1";
     fs::create_directories(folder);
