@@ -167,6 +167,9 @@ void Build::Prepare() {
   m_s = ReadOutputSettings(m_c.dialog, m_mode, style_count);
   m_style = style_count > 0 ? &m_c.styles[static_cast<size_t>(m_s.effect)] : nullptr;
   m_bg = ResolveOutputSettings(m_s, m_style, m_c.dialog);
+  // Searching only the palette's own entries gives the same picks as all 256:
+  // the zero entries past it are black, as entry 0 of every fixed palette is,
+  // and ties go to the lower index.
   m_colours = BuildFixedPalette(m_palette, &m_bits, m_s.palette_choice);
   Progress(0, 0);
   Status(kStrStatusBuilding);
