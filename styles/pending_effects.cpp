@@ -5,8 +5,6 @@
 
 namespace tess {
 
-StyleEntry BubblesStyle() { return {"Bubbles", 0, {}, nullptr, nullptr}; }
-
 StyleEntry PhasersOnStunStyle() { return {"Phasers on Stun", 10, {}, nullptr, nullptr}; }
 
 }  // namespace tess
