@@ -3,6 +3,7 @@
 #include "styles/settings_reader.h"
 
 #include <optional>
+#include <utility>
 
 #include "shell/settings.h"
 #include "styles/style_table.h"
@@ -61,6 +62,21 @@ int32_t SettingsReader::Selection(int id) const {
   return control ? Stored(*m_settings, *m_style, *control).value_or(0) : 0;
 }
 
+namespace {
+
+// What an effect reading this control through the matching call would get.
+int32_t ReadAsEffect(const SettingsReader& reader, const PageControl& control) {
+  switch (control.kind) {
+    case ControlKind::kCheck: return reader.Checked(control.id);
+    case ControlKind::kColourButton:
+    case ControlKind::kFillButton: return static_cast<int32_t>(reader.ColourValue(control.id));
+    case ControlKind::kDropDown: return reader.Selection(control.id);
+    default: return reader.Spin(control.id);
+  }
+}
+
+}  // namespace
+
 std::vector<StyleSetting> ListStyleSettings(const Settings& settings, const StyleEntry& style) {
   SettingsReader reader(settings, style);
   std::vector<StyleSetting> list;
@@ -74,13 +90,7 @@ std::vector<StyleSetting> ListStyleSettings(const Settings& settings, const Styl
     int index = KeyIndex(style, control);
     s.initial = index >= 0 ? ConfigKeys()[static_cast<size_t>(index)].default_number : s.range.def;
     s.stored = index >= 0 ? settings.NumberAt(index) : s.range.def;
-    switch (control.kind) {
-      case ControlKind::kCheck: s.value = reader.Checked(control.id); break;
-      case ControlKind::kColourButton:
-      case ControlKind::kFillButton: s.value = static_cast<int32_t>(reader.ColourValue(control.id)); break;
-      case ControlKind::kDropDown: s.value = reader.Selection(control.id); break;
-      default: s.value = reader.Spin(control.id); break;
-    }
+    s.value = ReadAsEffect(reader, control);
     list.push_back(std::move(s));
   }
   return list;
