@@ -5,7 +5,8 @@
 // Invariants: routines that make an image return a new block (never one of
 // their arguments) or null, and free whatever they made on failure. Blends
 // cannot fail; they accept any position, because every target pixel goes
-// through WrapIndex. Results keep the source's depth and colour table.
+// through WrapIndex. Rolls, turns and scaling keep the source's depth and
+// colour table.
 #pragma once
 
 #include <cstdint>

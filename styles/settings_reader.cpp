@@ -31,6 +31,17 @@ int32_t ClampedValue(const PageControl& control, std::optional<int32_t> stored) 
   return ClampSpin(range, value);
 }
 
+// What an effect reading this control through the matching call would get.
+int32_t ReadAsEffect(const SettingsReader& reader, const PageControl& control) {
+  switch (control.kind) {
+    case ControlKind::kCheck: return reader.Checked(control.id);
+    case ControlKind::kColourButton:
+    case ControlKind::kFillButton: return static_cast<int32_t>(reader.ColourValue(control.id));
+    case ControlKind::kDropDown: return reader.Selection(control.id);
+    default: return reader.Spin(control.id);
+  }
+}
+
 }  // namespace
 
 bool HasSpinRange(const PageControl& control) {
@@ -61,21 +72,6 @@ int32_t SettingsReader::Selection(int id) const {
   const PageControl* control = FindPageControl(*m_style, id);
   return control ? Stored(*m_settings, *m_style, *control).value_or(0) : 0;
 }
-
-namespace {
-
-// What an effect reading this control through the matching call would get.
-int32_t ReadAsEffect(const SettingsReader& reader, const PageControl& control) {
-  switch (control.kind) {
-    case ControlKind::kCheck: return reader.Checked(control.id);
-    case ControlKind::kColourButton:
-    case ControlKind::kFillButton: return static_cast<int32_t>(reader.ColourValue(control.id));
-    case ControlKind::kDropDown: return reader.Selection(control.id);
-    default: return reader.Spin(control.id);
-  }
-}
-
-}  // namespace
 
 std::vector<StyleSetting> ListStyleSettings(const Settings& settings, const StyleEntry& style) {
   SettingsReader reader(settings, style);

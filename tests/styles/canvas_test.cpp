@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "styles/canvas.h"
+#include "styles/draw.h"
 #include "tests/support/test_support.h"
 
 namespace tess {
@@ -71,6 +72,29 @@ TEST(Canvas, ClearAndPaintImage) {
     ImageCopyRect(expected, x, y, patch, 0, 0, 4, 3);
   }
   EXPECT_EQ(testing::Pixels(canvas.image()), testing::Pixels(expected));
+}
+
+// Every shape kind, a blend and a reduction in one picture, pinned by its
+// hash: any build on any platform must produce these exact bytes.
+TEST(Canvas, SceneRendersToKnownBytes) {
+  Canvas canvas = Canvas::Open(194, 122);
+  canvas.Clear(0x00203040);
+  for (int i = 0; i < 12; ++i) {
+    Colour c = MakeColour(40 + 17 * i, 200 - 13 * i, 90 + 11 * i);
+    canvas.FillEllipse({-20 + 19 * i, 5 + 7 * i, 9 + 23 * i, 31 + 5 * i}, c);
+    canvas.FillRoundRect({150 - 9 * i, 100 - 6 * i, 190 - 5 * i, 121 - 4 * i}, 3 * i, 2 * i + 1, ~c);
+    canvas.DrawLine({-30 + 21 * i, -10}, {210 - 17 * i, 130 - 3 * i}, i % 7, c ^ 0x00FFFF00);
+  }
+  Point star[] = {{97, 2}, {120, 110}, {20, 40}, {175, 40}, {75, 110}};
+  ASSERT_TRUE(canvas.FillPolygon(star, 5, 0x00E0E0E0));
+  Canvas m = Canvas::Open(40, 30);
+  m.FillEllipse({0, 0, 40, 30}, 0x00909090);
+  MaskBlendWrap(canvas.image(), m.image(), 170, -12, 0x000000FF, 200);
+  ImageBlock frame = ScaleByPercent(canvas.image(), 50, 50);
+  ASSERT_TRUE(frame);
+  uint32_t hash = 2166136261u;
+  for (size_t i = 0; i < frame.size(); ++i) hash = (hash ^ frame.data()[i]) * 16777619u;
+  EXPECT_EQ(hash, 3262634496u) << "rendering changed; if on purpose, pin the new hash";
 }
 
 }  // namespace
