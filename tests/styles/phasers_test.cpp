@@ -3,13 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <array>
-#include <map>
 #include <set>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,6 +18,7 @@
 #include "styles/effects.h"
 #include "styles/phasers.h"
 #include "styles/settings_reader.h"
+#include "tests/support/golden.h"
 #include "tests/support/test_support.h"
 
 namespace tess {
@@ -117,65 +115,6 @@ ImageBlock ReferenceFrame(const PhasersRecord& record, int k) {
   return frame;
 }
 
-uint64_t Checksum(const ImageBlock& image) {
-  uint64_t hash = 1469598103934665603ull;
-  auto add = [&](uint32_t v) {
-    for (int i = 0; i < 4; ++i) hash = (hash ^ ((v >> (8 * i)) & 0xFF)) * 1099511628211ull;
-  };
-  add(static_cast<uint32_t>(image.width()));
-  add(static_cast<uint32_t>(image.height()));
-  for (Colour c : testing::Pixels(image)) add(c);
-  return hash;
-}
-
-// ---------------------------------------------------------------- golden file
-
-// Golden checksums, one "name hex" line each, in TESS_GOLDEN_DIR (set by the
-// build, since ctest does not pass the source folder through the test's
-// environment). With TESS_REGENERATE_GOLDEN=1 the run rewrites the file from
-// what it renders; a mismatch writes the actual values beside it as
-// phasers.txt.actual.
-class GoldenChecksums {
- public:
-  explicit GoldenChecksums(std::string name) : m_path(std::string(TESS_GOLDEN_DIR) + "/" + name) {
-    std::ifstream in(m_path);
-    std::string key, hex;
-    while (in >> key >> hex) m_expected[key] = std::stoull(hex, nullptr, 16);
-  }
-
-  void Add(const std::string& key, uint64_t value) { m_actual[key] = value; }
-
-  // True when every value matches the file.
-  bool Verify() const {
-    const char* regenerate = std::getenv("TESS_REGENERATE_GOLDEN");
-    if (regenerate && *regenerate == '1') return Write(m_path);
-    bool same = m_actual == m_expected;
-    if (!same) {
-      Write(m_path + ".actual");
-      for (const auto& [key, value] : m_actual) {
-        auto it = m_expected.find(key);
-        EXPECT_TRUE(it != m_expected.end() && it->second == value) << "golden " << key;
-      }
-    }
-    return same;
-  }
-
- private:
-  bool Write(const std::string& path) const {
-    std::ofstream out(path);
-    for (const auto& [key, value] : m_actual) {
-      std::ostringstream hex;
-      hex << std::hex << value;
-      out << key << ' ' << hex.str() << '\n';
-    }
-    return static_cast<bool>(out);
-  }
-
-  std::string m_path;
-  std::map<std::string, uint64_t> m_expected;
-  std::map<std::string, uint64_t> m_actual;
-};
-
 // ---------------------------------------------------------------- cases
 
 struct Case {
@@ -221,13 +160,13 @@ const std::vector<Case>& Cases() {
 std::vector<int> ProbedFrames(int n) { return n > 2 ? std::vector{0, 1, n - 1} : std::vector{0, 1}; }
 
 TEST(PhasersGolden, FramesMatchTheirChecksums) {
-  GoldenChecksums golden("phasers.txt");
+  testing::GoldenSet golden("phasers");
   for (const Case& c : Cases()) {
     std::unique_ptr<PhasersRecord> record = MakeRecord(c.overrides);
     ASSERT_NE(record, nullptr) << c.name;
     for (int k : ProbedFrames(record->FrameCount()))
       golden.Add(std::string(c.name) + ".frame" + std::to_string(k),
-                 Checksum(record->RenderFrame(k)));
+                 testing::ImageChecksum(record->RenderFrame(k)));
   }
   EXPECT_TRUE(golden.Verify());
 }
