@@ -104,13 +104,6 @@ TEST(BubblesPage, KeysAreExactlyTheStyle000Settings) {
   EXPECT_EQ(on_page, configured);
 }
 
-TEST(BubblesPage, BackgroundQuery) {
-  Config s;
-  s.Set("Background", 0x123456);
-  EXPECT_EQ(Bubbles().background(s.Reader(), 0), 0x123456u);
-  EXPECT_EQ(Bubbles().background(s.Reader(), 1), kNoColour);
-}
-
 // ---------------------------------------------------------------- initialisation
 
 // An independent statement of the draw order: any reordering, extra draw or
@@ -193,17 +186,6 @@ TEST(BubblesInit, SingleColourDrawsNoNumberForColours) {
   EXPECT_EQ(random.state(), expected.state());
   for (int i = 0; i < record->count(); ++i)
     EXPECT_EQ(record->bubbles()[i].colour, Colour(s.Get("FillColor1")));
-}
-
-TEST(BubblesInit, OutOfRangeEntriesAreClamped) {
-  Config s = Small();
-  s.Set("Frames", 1).Set("Width", 5000).Set("Smooth", 0);
-  auto record = Create(s);
-  ASSERT_TRUE(record);
-  EXPECT_EQ(record->FrameCount(), 2);
-  ImageBlock frame = record->RenderFrame(0);
-  ASSERT_TRUE(frame);
-  EXPECT_EQ(frame.width(), 1024);
 }
 
 // ---------------------------------------------------------------- sprite
