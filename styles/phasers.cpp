@@ -104,13 +104,15 @@ int32_t InnerCoordinate(Random& random, int32_t length) {
   return random.Below(8 * length / 10) + length / 10;
 }
 
-// Draws one beam's geometry. Each kind draws only the coordinate it uses.
+// One beam's geometry. Every beam draws both coordinates, Y then X, whatever
+// its kind uses, so the sequence does not depend on which kinds are enabled.
 PhasersBeam BeamGeometry(BeamKind kind, Random& random, int32_t w, int32_t h) {
   PhasersBeam beam;
   beam.kind = kind;
+  const int32_t y = InnerCoordinate(random, h);
+  const int32_t x = InnerCoordinate(random, w);
   switch (kind) {
     case BeamKind::kEastToSouth: {
-      int32_t y = InnerCoordinate(random, h);
       int32_t foot = DiagonalFoot(w, y, h);
       beam.start = {w, y};
       beam.end = {foot, h};
@@ -120,7 +122,6 @@ PhasersBeam BeamGeometry(BeamKind kind, Random& random, int32_t w, int32_t h) {
       break;
     }
     case BeamKind::kWestToSouth: {
-      int32_t y = InnerCoordinate(random, h);
       int32_t foot = w - 1 - DiagonalFoot(w, y, h);
       beam.start = {0, y};
       beam.end = {foot, h};
@@ -130,13 +131,11 @@ PhasersBeam BeamGeometry(BeamKind kind, Random& random, int32_t w, int32_t h) {
       break;
     }
     case BeamKind::kHorizontal: {
-      int32_t y = InnerCoordinate(random, h);
       beam.start = {0, y};
       beam.end = {w, y};
       break;
     }
     case BeamKind::kVertical: {
-      int32_t x = InnerCoordinate(random, w);
       beam.start = {x, 0};
       beam.end = {x, h};
       break;
@@ -145,7 +144,7 @@ PhasersBeam BeamGeometry(BeamKind kind, Random& random, int32_t w, int32_t h) {
   return beam;
 }
 
-// Random numbers are drawn per beam in a fixed order (kind, coordinate,
+// Random numbers are drawn per beam in a fixed order (kind, Y, X,
 // colour, frame): the order is what makes a seed give its picture.
 void DrawBeams(PhasersBeam* out, int32_t count, const std::vector<BeamKind>& kinds,
                const std::vector<Colour>& colours, const PageValues& s, Random& random) {
