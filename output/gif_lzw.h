@@ -1,5 +1,4 @@
-// The GIF image-data block: the classic hashed variable-length-code LZW
-// encoder over the indices of a palettised image block (1, 4 or 8 bits), taken
+// The GIF image-data block: the hashed variable-length-code LZW encoder over the indices of a palettised image block (1, 4 or 8 bits), taken
 // top-down and left to right. Output is the minimum code size byte, the code
 // stream in sub-blocks of at most 255 bytes, then a zero-length terminator.
 #pragma once
@@ -37,8 +36,7 @@ class LzwEncoder {
  private:
   bool EnsureTables();
 
-  Buffer<int32_t> m_keys;    // (index << 12) | prefix code, -1 when the slot is free
-  Buffer<uint16_t> m_codes;  // the code given to that string
+  Buffer<uint32_t> m_table;  // string table, allocated on first use
 };
 
 }  // namespace tess

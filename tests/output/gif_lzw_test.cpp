@@ -24,6 +24,69 @@ Encoded Encode(const ImageBlock& image, int bit_count) {
   return {st, sink.bytes()};
 }
 
+// The classic hashed encoder, kept as an oracle: 5003 slots addressed by
+// (index << 4) ^ prefix with a slot-dependent backward probe, codes packed
+// byte by byte. The production encoder's table differs; its bytes must not.
+std::vector<uint8_t> ClassicEncode(const ImageBlock& image, int code_size) {
+  constexpr int kSlots = 5003;
+  std::vector<int32_t> keys(kSlots, -1);
+  std::vector<uint16_t> codes(kSlots);
+  std::vector<uint8_t> out = {static_cast<uint8_t>(code_size)}, block;
+  uint32_t acc = 0;
+  int acc_bits = 0;
+  const int clear = 1 << code_size, end = clear + 1;
+  int width = code_size + 1, max_code = (1 << width) - 1, next = clear + 2;
+  auto byte = [&](uint8_t b) {
+    block.push_back(b);
+    if (block.size() == 255) {
+      out.push_back(255);
+      out.insert(out.end(), block.begin(), block.end());
+      block.clear();
+    }
+  };
+  auto put = [&](int code) {
+    acc |= static_cast<uint32_t>(code) << acc_bits;
+    for (acc_bits += width; acc_bits >= 8; acc_bits -= 8, acc >>= 8) byte(static_cast<uint8_t>(acc));
+  };
+  auto emit = [&](int code) {
+    put(code);
+    if (next > max_code && ++width <= 12) max_code = width == 12 ? 4096 : (1 << width) - 1;
+  };
+  std::vector<uint8_t> px = Indices(image);
+  int prefix = px[0];
+  put(clear);
+  for (size_t i = 1; i < px.size(); ++i) {
+    const int c = px[i], key = (c << 12) | prefix;
+    int slot = (c << 4) ^ prefix;
+    const int step = slot == 0 ? 1 : kSlots - slot;
+    while (keys[slot] >= 0 && keys[slot] != key)
+      if ((slot -= step) < 0) slot += kSlots;
+    if (keys[slot] == key) {
+      prefix = codes[slot];
+      continue;
+    }
+    emit(prefix);
+    prefix = c;
+    if (next < 4096) {
+      keys[slot] = key;
+      codes[slot] = static_cast<uint16_t>(next++);
+    } else {
+      put(clear);
+      std::fill(keys.begin(), keys.end(), -1);
+      width = code_size + 1, max_code = (1 << width) - 1, next = clear + 2;
+    }
+  }
+  emit(prefix);
+  put(end);
+  if (acc_bits > 0) byte(static_cast<uint8_t>(acc));  // last partial byte, zero-padded
+  if (!block.empty()) {
+    out.push_back(static_cast<uint8_t>(block.size()));
+    out.insert(out.end(), block.begin(), block.end());
+  }
+  out.push_back(0);
+  return out;
+}
+
 // Decodes and checks the block is exactly what the encoder wrote.
 std::vector<uint8_t> Decode(const std::vector<uint8_t>& bytes, const ImageBlock& image,
                             LzwStreamInfo* info) {
@@ -58,6 +121,7 @@ TEST(LzwEncoder, RoundTripsEveryBitCountAtOddSizes) {
         EXPECT_EQ(e.bytes[0], bits == 1 ? 2 : bits);  // minimum code size byte
         LzwStreamInfo info;
         EXPECT_EQ(Decode(e.bytes, image, &info), Indices(image));
+        EXPECT_EQ(e.bytes, ClassicEncode(image, bits == 1 ? 2 : bits));
       }
     }
   }
@@ -72,6 +136,7 @@ TEST(LzwEncoder, LargeNoiseResetsTheTableAndStaysDecodable) {
   ASSERT_EQ(e.status, GifStatus::kOk);
   LzwStreamInfo info;
   EXPECT_EQ(Decode(e.bytes, image, &info), Indices(image));
+  EXPECT_EQ(e.bytes, ClassicEncode(image, 8));
   EXPECT_GT(info.clear_codes, 20);
   EXPECT_EQ(info.max_code_width, 12);
   ASSERT_GT(info.block_sizes.size(), 1u);
