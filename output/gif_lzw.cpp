@@ -15,8 +15,8 @@ namespace {
 // code no longer fits the current width, and the encoder emits a clear code
 // the moment the next free code would be 4096, so the largest code ever
 // written is 4095 and the largest width 12. That also bounds the hash key,
-// (index << 12) | prefix, to 20 bits, and the 64-bit bit accumulator, holding
-// at most 31 pending bits plus one 12-bit code, to 43 bits.
+// (index << 12) | prefix, to 20 bits, and the bit accumulator, holding at most
+// 7 pending bits plus one 12-bit code, to 19 bits.
 constexpr int kMaxCodeBits = 12;
 constexpr uint32_t kCodeLimit = 1u << kMaxCodeBits;
 
@@ -26,11 +26,11 @@ constexpr uint32_t kCodeLimit = 1u << kMaxCodeBits;
 // which no entry can equal because codes start above the end code.
 //
 // Why 16384 slots and not the classic 5003: the table holds at most 4096
-// codes, and at the classic table's final load of 82% about half of all
-// lookups miss their first slot; the probe loops' mispredicted branches then
-// cost more than the rest of the encoder together. At a load of at most 25%
-// almost every lookup ends at its first slot, which roughly doubles the speed
-// for 64 KB instead of 30 KB. The table's layout cannot change the output:
+// codes, and near the classic table's final load of 82% some 40% of lookups on
+// smooth frames need more than one slot; the probe loops' mispredicted
+// branches then cost more than the rest of the encoder together. At a load of
+// at most 25% almost every lookup ends at its first slot, which nearly doubles
+// the speed for 64 KB instead of 30 KB. The layout cannot change the output:
 // any exact dictionary gives the same codes (the tests compare the bytes with
 // a classic 5003-slot encoder).
 constexpr int kTableBits = 14;
@@ -43,9 +43,9 @@ inline uint32_t HashSlot(uint32_t key) { return (key * 0x9E3779B1u) >> (32 - kTa
 constexpr int kSubBlockMax = 255;
 
 // Turns the code stream into length-prefixed sub-blocks. The encoder packs
-// bits into run() itself, 32 at a time, and calls Drain when the run reaches
-// limit(); cutting 16 blocks at once keeps the per-code path to one
-// well-predicted branch.
+// bytes into run() itself and calls Drain when the run reaches limit();
+// cutting 16 blocks at once keeps the per-code path to one well-predicted
+// branch.
 class SubBlockWriter {
  public:
   explicit SubBlockWriter(ByteSink& sink) : m_sink(sink) {}
@@ -85,7 +85,7 @@ class SubBlockWriter {
   }
 
   ByteSink& m_sink;
-  uint8_t m_run[kRunBytes + 16];  // room past the limit for one 32-bit store and padding
+  uint8_t m_run[kRunBytes + 8];  // room past the limit for one 32-bit store
   bool m_ok = true;
 };
 
@@ -175,19 +175,21 @@ GifStatus LzwEncoder::Encode(ByteSink& sink, const ImageBlock& image, int bit_co
   SubBlockWriter blocks(sink);
   uint8_t* at = blocks.run();
   const uint8_t* const limit = blocks.limit();
-  uint64_t bits = 0;  // pending bits, least significant first
+  uint32_t bits = 0;  // pending bits, least significant first; fewer than 8
   int bit_count_pending = 0;
 
+  // Stores whole bytes without a data-dependent branch: the pending bits (at
+  // most 7 + 12 = 19) always fit the 32-bit store, and only the bytes that are
+  // complete count. The run has slack past its limit for the extra bytes.
   auto put = [&](uint32_t code) {
-    bits |= static_cast<uint64_t>(code) << bit_count_pending;
+    bits |= code << bit_count_pending;
     bit_count_pending += width;
-    if (bit_count_pending >= 32) {
-      put_u32le(at, static_cast<uint32_t>(bits));
-      at += 4;
-      bits >>= 32;
-      bit_count_pending -= 32;
-      if (at >= limit) at = blocks.Drain(at);
-    }
+    put_u32le(at, bits);
+    const int whole = bit_count_pending >> 3;
+    at += whole;
+    bits >>= 8 * whole;
+    bit_count_pending &= 7;
+    if (at >= limit) at = blocks.Drain(at);
   };
   // Emits a string's code and widens the codes once the next free code no
   // longer fits. At 12 bits max_code is the table size, so the width stops.
@@ -243,8 +245,7 @@ GifStatus LzwEncoder::Encode(ByteSink& sink, const ImageBlock& image, int bit_co
   }
   emit(prefix);
   put(end_code);
-  for (; bit_count_pending > 0; bit_count_pending -= 8, bits >>= 8)  // pad the last byte
-    *at++ = static_cast<uint8_t>(bits);
+  if (bit_count_pending > 0) *at++ = static_cast<uint8_t>(bits);  // zero-padded last byte
   return blocks.Finish(at) ? GifStatus::kOk : GifStatus::kWriteFailed;
 }
 
