@@ -166,6 +166,7 @@ TEST(LzwEncoder, CodeSizeNineIsAcceptedForEightBitPictures) {
   Encoded e = Encode(image, 9);
   ASSERT_EQ(e.status, GifStatus::kOk);
   EXPECT_EQ(e.bytes[0], 9);
+  EXPECT_EQ(e.bytes, ClassicEncode(image, 9));
   LzwStreamInfo info;
   EXPECT_EQ(Decode(e.bytes, image, &info), Indices(image));
 }
