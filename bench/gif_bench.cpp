@@ -33,7 +33,8 @@ uint32_t Next(uint32_t& s) {
 // between neighbouring levels with one random speck in 256 pixels: what a
 // remapped, dithered tiling background looks like to the encoder.
 std::vector<ImageBlock> DitheredFrames(int count, int size) {
-  static constexpr int kBayer[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
+  static constexpr int kBayer[4][4] = {
+      {0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
   std::vector<ImageBlock> frames;
   uint32_t s = 1;
   const double k = 6.2831853 / size;
@@ -90,7 +91,8 @@ void EncodeFrames(benchmark::State& state, const std::vector<ImageBlock>& frames
   for (auto _ : state)
     for (const ImageBlock& f : frames)
       if (lzw.Encode(sink, f, 8) != GifStatus::kOk) state.SkipWithError("encode failed");
-  const int64_t bytes = static_cast<int64_t>(frames.size()) * frames[0].width() * frames[0].height();
+  const int64_t bytes =
+      static_cast<int64_t>(frames.size()) * frames[0].width() * frames[0].height();
   state.SetBytesProcessed(state.iterations() * bytes);
   state.counters["ratio"] = static_cast<double>(sink.m_size) / (state.iterations() * bytes);
 }

@@ -1,5 +1,6 @@
-// The GIF image-data block: the hashed variable-length-code LZW encoder over the indices of a palettised image block (1, 4 or 8 bits), taken
-// top-down and left to right. Output is the minimum code size byte, the code
+// The GIF image-data block: the hashed variable-length-code LZW encoder over
+// the indices of a palettised image block (1, 4 or 8 bits), taken top-down and
+// left to right. Output is the minimum code size byte, the code
 // stream in sub-blocks of at most 255 bytes, then a zero-length terminator.
 #pragma once
 

@@ -86,8 +86,8 @@ std::string PreviewWriter::Open(const std::string& folder, int width, int height
   return html_path;
 }
 
-bool PreviewWriter::AddFrame(int transparent_background, int left, int top,
-                             int transparent_index, int delay, const ImageBlock& image) {
+bool PreviewWriter::AddFrame(int transparent_background, int left, int top, int transparent_index,
+                             int delay, const ImageBlock& image) {
   if (!m_gif) return false;
   if (m_gif->AddFrame(transparent_background, left, top, transparent_index, delay, image))
     return true;

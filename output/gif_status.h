@@ -7,11 +7,11 @@ namespace tess {
 
 enum class GifStatus {
   kOk,
-  kOutOfOrder,    // a block the writer's current state does not allow
-  kBadArgument,   // sizes, bit counts, table or image depth out of range
-  kIndexTooLarge, // a pixel index does not fit the frame's code size
-  kWriteFailed,   // the sink refused bytes; the writer stays failed
-  kNoMemory,      // the encoder's tables could not be allocated
+  kOutOfOrder,     // a block the writer's current state does not allow
+  kBadArgument,    // sizes, bit counts, table or image depth out of range
+  kIndexTooLarge,  // a pixel index does not fit the frame's code size
+  kWriteFailed,    // the sink refused bytes; the writer stays failed
+  kNoMemory,       // the encoder's tables could not be allocated
 };
 
 // A short English description for logs and test failures.

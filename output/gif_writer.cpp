@@ -28,12 +28,18 @@ size_t TableBytes(int bits) { return 3 * (size_t{1} << bits); }
 
 const char* GifStatusText(GifStatus status) {
   switch (status) {
-    case GifStatus::kOk: return "ok";
-    case GifStatus::kOutOfOrder: return "GIF block out of order";
-    case GifStatus::kBadArgument: return "bad GIF block argument";
-    case GifStatus::kIndexTooLarge: return "pixel index too large for the code size";
-    case GifStatus::kWriteFailed: return "GIF write failed";
-    case GifStatus::kNoMemory: return "out of memory";
+    case GifStatus::kOk:
+      return "ok";
+    case GifStatus::kOutOfOrder:
+      return "GIF block out of order";
+    case GifStatus::kBadArgument:
+      return "bad GIF block argument";
+    case GifStatus::kIndexTooLarge:
+      return "pixel index too large for the code size";
+    case GifStatus::kWriteFailed:
+      return "GIF write failed";
+    case GifStatus::kNoMemory:
+      return "out of memory";
   }
   return "unknown GIF status";
 }
@@ -58,21 +64,20 @@ GifStatus GifWriter::Advance(State next) {
 GifStatus GifWriter::WriteHeader(const GifScreen& s) {
   if (m_state != State::kStart) return Refuse(GifStatus::kOutOfOrder);
   if (!InRange(s.width, 1, kMaxDimension) || !InRange(s.height, 1, kMaxDimension) ||
-      !InRange(s.colour_resolution, 0, 7) ||
-      (s.global_table && !InRange(s.table_bits, 1, 8)))
+      !InRange(s.colour_resolution, 0, 7) || (s.global_table && !InRange(s.table_bits, 1, 8)))
     return Refuse(GifStatus::kBadArgument);
 
   uint8_t b[13];
-  std::memcpy(b, "GIF89a", 6);                              // signature and version
-  put_u16le(b + 6, static_cast<uint16_t>(s.width));         // logical screen width
-  put_u16le(b + 8, static_cast<uint16_t>(s.height));        // logical screen height
-  b[10] = static_cast<uint8_t>(                             // packed fields:
-      (s.global_table ? kTableFlag : 0) |                   //   global table present
-      s.colour_resolution << 4 |                            //   colour resolution
-      (s.table_sorted ? 0x08 : 0) |                         //   table sorted
-      (s.global_table ? s.table_bits - 1 : 0));             //   table size: 2^(n+1) entries
-  b[11] = s.background_index;                               // background colour index
-  b[12] = s.pixel_aspect;                                   // pixel aspect ratio
+  std::memcpy(b, "GIF89a", 6);                        // signature and version
+  put_u16le(b + 6, static_cast<uint16_t>(s.width));   // logical screen width
+  put_u16le(b + 8, static_cast<uint16_t>(s.height));  // logical screen height
+  b[10] = static_cast<uint8_t>(                       // packed fields:
+      (s.global_table ? kTableFlag : 0) |             //   global table present
+      s.colour_resolution << 4 |                      //   colour resolution
+      (s.table_sorted ? 0x08 : 0) |                   //   table sorted
+      (s.global_table ? s.table_bits - 1 : 0));       //   table size: 2^(n+1) entries
+  b[11] = s.background_index;                         // background colour index
+  b[12] = s.pixel_aspect;                             // pixel aspect ratio
   if (!Put(b, sizeof b)) return GifStatus::kWriteFailed;
   if (s.global_table && !Put(s.global_table, TableBytes(s.table_bits)))
     return GifStatus::kWriteFailed;
@@ -86,14 +91,14 @@ GifStatus GifWriter::WriteLoopExtension(uint16_t loop_count) {
   if (m_state != State::kBody || m_frames > 0 || m_loop_written)
     return Refuse(GifStatus::kOutOfOrder);
   uint8_t b[19];
-  b[0] = kExtensionIntroducer;              // extension introducer
-  b[1] = kApplicationLabel;                 // application extension label
-  b[2] = 11;                                // block size: identifier and code
-  std::memcpy(b + 3, "NETSCAPE2.0", 11);    // application identifier and code
-  b[14] = 3;                                // sub-block size
-  b[15] = 1;                                // sub-block id: loop count
-  put_u16le(b + 16, loop_count);            // loop count, 0 = forever
-  b[18] = 0;                                // block terminator
+  b[0] = kExtensionIntroducer;            // extension introducer
+  b[1] = kApplicationLabel;               // application extension label
+  b[2] = 11;                              // block size: identifier and code
+  std::memcpy(b + 3, "NETSCAPE2.0", 11);  // application identifier and code
+  b[14] = 3;                              // sub-block size
+  b[15] = 1;                              // sub-block id: loop count
+  put_u16le(b + 16, loop_count);          // loop count, 0 = forever
+  b[18] = 0;                              // block terminator
   if (!Put(b, sizeof b)) return GifStatus::kWriteFailed;
   m_loop_written = true;
   return Advance(State::kBody);
@@ -102,13 +107,13 @@ GifStatus GifWriter::WriteLoopExtension(uint16_t loop_count) {
 GifStatus GifWriter::WriteGraphicControl(const GifGraphicControl& c) {
   if (m_state != State::kBody) return Refuse(GifStatus::kOutOfOrder);
   uint8_t b[8];
-  b[0] = kExtensionIntroducer;       // extension introducer
-  b[1] = kGraphicControlLabel;       // graphic control label
-  b[2] = 4;                          // block size
-  b[3] = c.flags;                    // disposal, user input, transparency flag
-  put_u16le(b + 4, c.delay);         // delay in hundredths of a second
-  b[6] = c.transparent_index;        // transparent colour index
-  b[7] = 0;                          // block terminator
+  b[0] = kExtensionIntroducer;  // extension introducer
+  b[1] = kGraphicControlLabel;  // graphic control label
+  b[2] = 4;                     // block size
+  b[3] = c.flags;               // disposal, user input, transparency flag
+  put_u16le(b + 4, c.delay);    // delay in hundredths of a second
+  b[6] = c.transparent_index;   // transparent colour index
+  b[7] = 0;                     // block terminator
   if (!Put(b, sizeof b)) return GifStatus::kWriteFailed;
   return Advance(State::kControl);
 }
@@ -116,8 +121,8 @@ GifStatus GifWriter::WriteGraphicControl(const GifGraphicControl& c) {
 GifStatus GifWriter::CheckDescriptor(const GifImageDescriptor& d) const {
   if (m_state != State::kBody && m_state != State::kControl) return Refuse(GifStatus::kOutOfOrder);
   if (!InRange(d.width, 1, kMaxDimension) || !InRange(d.height, 1, kMaxDimension) ||
-      !InRange(d.bits, 1, 8) || d.left < 0 || d.top < 0 ||
-      d.left > m_screen_width - d.width || d.top > m_screen_height - d.height)
+      !InRange(d.bits, 1, 8) || d.left < 0 || d.top < 0 || d.left > m_screen_width - d.width ||
+      d.top > m_screen_height - d.height)
     return Refuse(GifStatus::kBadArgument);
   return GifStatus::kOk;
 }
@@ -125,14 +130,14 @@ GifStatus GifWriter::CheckDescriptor(const GifImageDescriptor& d) const {
 GifStatus GifWriter::WriteImageDescriptor(const GifImageDescriptor& d) {
   if (GifStatus st = CheckDescriptor(d); st != GifStatus::kOk) return st;
   uint8_t b[10];
-  b[0] = kImageSeparator;                           // image separator
-  put_u16le(b + 1, static_cast<uint16_t>(d.left));   // left position on the screen
-  put_u16le(b + 3, static_cast<uint16_t>(d.top));    // top position on the screen
-  put_u16le(b + 5, static_cast<uint16_t>(d.width));  // image width
-  put_u16le(b + 7, static_cast<uint16_t>(d.height)); // image height
-  b[9] = static_cast<uint8_t>(                      // packed fields:
-      (d.local_table ? kTableFlag : 0) |            //   local table present; not
-      (d.bits - 1));                                //   interlaced or sorted; table size
+  b[0] = kImageSeparator;                             // image separator
+  put_u16le(b + 1, static_cast<uint16_t>(d.left));    // left position on the screen
+  put_u16le(b + 3, static_cast<uint16_t>(d.top));     // top position on the screen
+  put_u16le(b + 5, static_cast<uint16_t>(d.width));   // image width
+  put_u16le(b + 7, static_cast<uint16_t>(d.height));  // image height
+  b[9] = static_cast<uint8_t>(                        // packed fields:
+      (d.local_table ? kTableFlag : 0) |              //   local table present; not
+      (d.bits - 1));                                  //   interlaced or sorted; table size
   if (!Put(b, sizeof b)) return GifStatus::kWriteFailed;
   if (d.local_table && !Put(d.local_table, TableBytes(d.bits))) return GifStatus::kWriteFailed;
 
@@ -181,8 +186,8 @@ GifStatus GifWriter::WriteComment(std::string_view text) {
   uint8_t block[kSubBlockMax + 1];
   while (!text.empty()) {
     const size_t n = text.size() < kSubBlockMax ? text.size() : kSubBlockMax;
-    block[0] = static_cast<uint8_t>(n);       // sub-block size
-    std::memcpy(block + 1, text.data(), n);   // comment text, no terminating zero
+    block[0] = static_cast<uint8_t>(n);      // sub-block size
+    std::memcpy(block + 1, text.data(), n);  // comment text, no terminating zero
     if (!Put(block, n + 1)) return GifStatus::kWriteFailed;
     text.remove_prefix(n);
   }

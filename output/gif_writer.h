@@ -30,11 +30,11 @@ struct GifScreen {
   int height = 0;  // 1..65535
   // Red, green, blue triples, 2^table_bits of them; null for no global table.
   const uint8_t* global_table = nullptr;
-  int table_bits = 0;             // 1..8 when there is a table
-  int colour_resolution = 0;      // the 3-bit field as written: bits per primary - 1
-  bool table_sorted = false;      // entries in order of decreasing importance
-  uint8_t background_index = 0;   // into the global table
-  uint8_t pixel_aspect = 0;       // 0: no aspect information
+  int table_bits = 0;            // 1..8 when there is a table
+  int colour_resolution = 0;     // the 3-bit field as written: bits per primary - 1
+  bool table_sorted = false;     // entries in order of decreasing importance
+  uint8_t background_index = 0;  // into the global table
+  uint8_t pixel_aspect = 0;      // 0: no aspect information
 };
 
 // How a decoder treats a frame's area before drawing the next one.
@@ -54,9 +54,9 @@ constexpr uint8_t GifControlFlags(GifDisposal disposal, bool has_transparency,
 
 // Graphic control extension: applies to the next frame only.
 struct GifGraphicControl {
-  uint8_t flags = 0;  // written as given; GifControlFlags builds a conventional one
-  uint16_t delay = 0;              // hundredths of a second
-  uint8_t transparent_index = 0;   // meaningful when flags bit 0 is set
+  uint8_t flags = 0;              // written as given; GifControlFlags builds a conventional one
+  uint16_t delay = 0;             // hundredths of a second
+  uint8_t transparent_index = 0;  // meaningful when flags bit 0 is set
 };
 
 // Image descriptor, optional local colour table, and the frame's code size.

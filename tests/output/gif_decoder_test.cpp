@@ -32,9 +32,9 @@ std::vector<uint8_t> PackCodes(const std::vector<std::pair<int, int>>& codes) {
 std::vector<uint8_t> OneFrameGif(const std::vector<std::pair<int, int>>& codes, int w = 2,
                                  int h = 2, uint8_t flags = 0x01) {
   std::vector<uint8_t> g = {'G', 'I', 'F', '8', '9', 'a', 2, 0, 2, 0, 0, 0, 0};
-  for (uint8_t b : {uint8_t{0x2C}, uint8_t{0}, uint8_t{0}, uint8_t{0}, uint8_t{0},
-                    static_cast<uint8_t>(w), uint8_t{0}, static_cast<uint8_t>(h), uint8_t{0}, flags})
-    g.push_back(b);
+  const uint8_t descriptor[10] = {0x2C, 0, 0, 0, 0, static_cast<uint8_t>(w), 0,
+                                  static_cast<uint8_t>(h), 0, flags};
+  g.insert(g.end(), descriptor, descriptor + 10);
   const std::vector<uint8_t> data = PackCodes(codes);
   g.push_back(2);
   g.push_back(static_cast<uint8_t>(data.size()));

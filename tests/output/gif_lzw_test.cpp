@@ -46,7 +46,8 @@ std::vector<uint8_t> ClassicEncode(const ImageBlock& image, int code_size) {
   };
   auto put = [&](int code) {
     acc |= static_cast<uint32_t>(code) << acc_bits;
-    for (acc_bits += width; acc_bits >= 8; acc_bits -= 8, acc >>= 8) byte(static_cast<uint8_t>(acc));
+    for (acc_bits += width; acc_bits >= 8; acc_bits -= 8, acc >>= 8)
+      byte(static_cast<uint8_t>(acc));
   };
   auto emit = [&](int code) {
     put(code);
@@ -113,7 +114,7 @@ TEST(LzwEncoder, RoundTripsEveryBitCountAtOddSizes) {
   for (int bits = 1; bits <= 8; ++bits) {
     for (auto [w, h] : sizes) {
       for (bool noise : {false, true}) {
-        SCOPED_TRACE(::testing::Message() << bits << " bits " << w << "x" << h << " noise " << noise);
+        SCOPED_TRACE(::testing::Message() << bits << " bits " << w << "x" << h << " " << noise);
         ImageBlock image = IndexImage(w, h, testing::DepthForGifBits(bits), (1 << bits) - 1,
                                       static_cast<uint32_t>(w * h + bits), noise);
         Encoded e = Encode(image, bits);

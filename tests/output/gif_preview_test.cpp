@@ -227,8 +227,8 @@ TEST(PreviewWriter, ImageMagickSeesEveryFrame) {
   ASSERT_TRUE(writer.Close());
 
   const fs::path out = dir.path() / "identify.txt";
-  const std::string cmd = "identify -format '%m %w %h\\n' '" + (dir.path() / "preview.gif").string() +
-                          "' > '" + out.string() + "' 2>&1";
+  const std::string cmd = "identify -format '%m %w %h\\n' '" +
+                          (dir.path() / "preview.gif").string() + "' > '" + out.string() + "' 2>&1";
   ASSERT_EQ(std::system(cmd.c_str()), 0);
   const std::vector<uint8_t> text = ReadFile(out);
   EXPECT_EQ(std::string(text.begin(), text.end()),

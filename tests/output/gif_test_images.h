@@ -28,7 +28,8 @@ inline ImageBlock IndexImage(int width, int height, int depth, int max_index, ui
   const uint32_t levels = static_cast<uint32_t>(max_index) + 1;
   for (int y = 0; y < height; ++y)
     for (int x = 0; x < width; ++x) {
-      uint32_t v = noise ? next() % levels : (static_cast<uint32_t>(x + 2 * y) / 5 + (next() % 8 == 0)) % levels;
+      const uint32_t ramp = static_cast<uint32_t>(x + 2 * y) / 5 + (next() % 8 == 0);
+      const uint32_t v = noise ? next() % levels : ramp % levels;
       ImageSetPixel(image, x, y, v);
     }
   return image;

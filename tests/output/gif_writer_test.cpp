@@ -181,17 +181,18 @@ TEST(GifWriter, BadArgumentsAreRefusedAndWriteNothing) {
   const size_t size = sink.bytes().size();
 
   ImageBlock img = IndexImage(10, 5, 8, 255, 1, true);
-  EXPECT_EQ(w.WriteFrame({11, 0, 10, 5, 8, nullptr}, img), GifStatus::kBadArgument);  // past the right
-  EXPECT_EQ(w.WriteFrame({0, 6, 10, 5, 8, nullptr}, img), GifStatus::kBadArgument);   // past the bottom
+  // Past the right, past the bottom, off the left, 9 and 0 bits, size mismatch.
+  EXPECT_EQ(w.WriteFrame({11, 0, 10, 5, 8, nullptr}, img), GifStatus::kBadArgument);
+  EXPECT_EQ(w.WriteFrame({0, 6, 10, 5, 8, nullptr}, img), GifStatus::kBadArgument);
   EXPECT_EQ(w.WriteFrame({-1, 0, 10, 5, 8, nullptr}, img), GifStatus::kBadArgument);
-  EXPECT_EQ(w.WriteFrame({0, 0, 10, 5, 9, nullptr}, img), GifStatus::kBadArgument);   // 9 bits
+  EXPECT_EQ(w.WriteFrame({0, 0, 10, 5, 9, nullptr}, img), GifStatus::kBadArgument);
   EXPECT_EQ(w.WriteFrame({0, 0, 10, 5, 0, nullptr}, img), GifStatus::kBadArgument);
-  EXPECT_EQ(w.WriteFrame({0, 0, 9, 5, 8, nullptr}, img), GifStatus::kBadArgument);    // size mismatch
+  EXPECT_EQ(w.WriteFrame({0, 0, 9, 5, 8, nullptr}, img), GifStatus::kBadArgument);
   EXPECT_EQ(w.WriteFrame({0, 0, 10, 5, 4, nullptr}, img), GifStatus::kIndexTooLarge);
   EXPECT_EQ(w.WriteFrame({0, 0, 10, 5, 8, nullptr}, ImageCreate(10, 5, nullptr, 24)),
             GifStatus::kBadArgument);
   EXPECT_EQ(sink.bytes().size(), size);
-  EXPECT_EQ(w.WriteFrame({10, 5, 10, 5, 8, nullptr}, img), GifStatus::kOk);  // flush with the corner
+  EXPECT_EQ(w.WriteFrame({10, 5, 10, 5, 8, nullptr}, img), GifStatus::kOk);  // in the corner
 }
 
 // A sink that fails part-way leaves the writer failed: every later call says

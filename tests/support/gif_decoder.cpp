@@ -68,8 +68,7 @@ class BitReader {
   bool Read(int width, int* code) {
     if (m_bit + static_cast<size_t>(width) > 8 * m_bytes.size()) return false;
     int v = 0;
-    for (int i = 0; i < width; ++i, ++m_bit)
-      v |= ((m_bytes[m_bit >> 3] >> (m_bit & 7)) & 1) << i;
+    for (int i = 0; i < width; ++i, ++m_bit) v |= ((m_bytes[m_bit >> 3] >> (m_bit & 7)) & 1) << i;
     *code = v;
     return true;
   }
@@ -158,7 +157,8 @@ std::vector<uint8_t> Deinterlace(const std::vector<uint8_t>& in, int width, int 
   size_t row = 0;
   for (int pass = 0; pass < 4; ++pass)
     for (int y = kStart[pass]; y < height; y += kStep[pass], ++row)
-      std::memcpy(&out[static_cast<size_t>(y) * width], &in[row * width], static_cast<size_t>(width));
+      std::memcpy(&out[static_cast<size_t>(y) * width], &in[row * width],
+                  static_cast<size_t>(width));
   return out;
 }
 
@@ -271,8 +271,12 @@ bool Parse(Reader& r, DecodedGif* gif) {
     if (!r.Byte(&introducer, "stream: missing trailer")) return false;
     bool ok;
     switch (introducer) {
-      case 0x21: ok = ReadExtension(r, gif, &pending); break;
-      case 0x2C: ok = ReadFrame(r, gif, &pending); break;
+      case 0x21:
+        ok = ReadExtension(r, gif, &pending);
+        break;
+      case 0x2C:
+        ok = ReadFrame(r, gif, &pending);
+        break;
       case 0x3B:
         if (pending) return r.Fail("graphic control block without a frame");
         if (!r.AtEnd()) return r.Fail("data after the trailer");

@@ -29,7 +29,7 @@ struct LzwStreamInfo {
   std::vector<int> block_sizes;  // data sub-block lengths, terminator excluded
   int clear_codes = 0;           // including the leading one
   int max_code_width = 0;
-  size_t bytes_consumed = 0;     // code size byte through terminator
+  size_t bytes_consumed = 0;  // code size byte through terminator
 };
 
 struct GifDecodedFrame {
