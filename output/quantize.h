@@ -1,0 +1,28 @@
+// The adaptive ("&Custom palette") palette of a whole animation: the frames'
+// own colours, in order of first appearance, when there are few enough of
+// them; otherwise an octree colour reduction (classification, reduction,
+// assignment) over every pixel of every frame.
+#pragma once
+
+#include <cstdint>
+
+#include "output/frame_list.h"
+
+namespace tess {
+
+// Octree limits: nodes are allocated this many at a time, and past this many
+// nodes the deepest level is merged into its parents before the next row.
+constexpr int kOctreeBlockNodes = 1536;
+constexpr long kOctreeMaxNodes = 266817;
+
+// Tree depth for a colour count (1..256): 1 plus the number of 2-bit right
+// shifts that leave it non-zero, held to 2..8 (256 gives 6).
+int OctreeDepth(int colours);
+
+// `count` in: the entries wanted (0 means 256; held to 1..256); out: the
+// entries made. `rgb` (768 bytes) receives them, the rest of it zero. Frames
+// are read as colour (palettised frames through their colour tables). False
+// when memory is short.
+bool AdaptivePalette(int* count, uint8_t* rgb, const FrameList& frames);
+
+}  // namespace tess
