@@ -11,6 +11,14 @@
 
 #include "output/pixel_rows.h"
 
+// The per-pixel step of the colour dither must be inlined into the loop that
+// runs two rows side by side, or the two chains cannot overlap.
+#if defined(__GNUC__)
+#define TESS_ALWAYS_INLINE __attribute__((always_inline))
+#else
+#define TESS_ALWAYS_INLINE
+#endif
+
 namespace tess {
 namespace {
 
@@ -44,46 +52,84 @@ ImageBlock Remapper::Dither(const ImageBlock& source) {
   return m_bits == 1 ? DitherBlackWhite(source) : DitherColour(source);
 }
 
-// One long loop: the error spreading is the whole cost of a dither, and
-// splitting it would hide the neighbour conditions that define the result.
+// Error diffusion is a chain: each pixel waits for the share of the pixel on
+// its left. To keep the processor busy, two stored rows are diffused side by
+// side, the second two columns behind the first. By the time the second row
+// reaches a column, the first row has made every contribution to it (from
+// the columns left of, at and right of it), and the shares are plain integer
+// additions, so the order in which they arrive cannot change any value: the
+// result is that of one row after the other.
 ImageBlock Remapper::DitherColour(const ImageBlock& source) {
   const int width = source.width(), height = source.height();
   const size_t row_values = 3 * static_cast<size_t>(width);
   ImageBlock out = ImageCreate(width, height, m_rgb, m_bits);
-  Buffer<int16_t> errors = AllocBuffer<int16_t>(2 * row_values);
-  Buffer<uint8_t> indices = AllocBuffer<uint8_t>(static_cast<size_t>(width));
+  Buffer<int16_t> errors = AllocBuffer<int16_t>(3 * row_values);
+  Buffer<uint8_t> indices = AllocBuffer<uint8_t>(2 * static_cast<size_t>(width));
   Buffer<uint8_t> scratch = AllocBuffer<uint8_t>(row_values);
   if (!out || !errors || !indices || !scratch) return {};
 
-  // Error values follow the stored byte order: blue, green, red.
-  int16_t* current = errors.get();
-  int16_t* next = errors.get() + row_values;
-  for (int stored = 0; stored < height; ++stored) {
-    const int y = height - 1 - stored;
-    const bool has_next = stored + 1 < height;
-    const uint8_t* bgr = BgrRow(source, y, scratch.get());
-    for (size_t i = 0; i < row_values; ++i) AddShare(current[i], bgr[i]);
-
-    for (int x = 0; x < width; ++x) {
-      int16_t* e = current + 3 * x;
-      const int c[3] = {Clamp255(e[0]), Clamp255(e[1]), Clamp255(e[2])};
-      const int index = Pick(c[2], c[1], c[0]);
-      indices[x] = static_cast<uint8_t>(index);
-      const uint8_t* p = m_rgb + 3 * index;
-      const int error[3] = {c[0] - p[2], c[1] - p[1], c[2] - p[0]};
-      for (int k = 0; k < 3; ++k) {
-        // Shifts of negative errors are arithmetic, so shares round down.
-        if (x + 1 < width) AddShare(e[3 + k], (error[k] * 7) >> 4);
-        if (!has_next) continue;
-        int16_t* n = next + 3 * x + k;
-        if (x - 1 > 0) AddShare(n[-3], (error[k] * 3) >> 4);  // column 0 never gets this share
-        if (x + 1 < width) AddShare(n[3], error[k] >> 4);
-        AddShare(n[0], (error[k] * 5) >> 4);
-      }
+  // Chooses the index of pixel x of a row whose error values (blue, green,
+  // red, as the stored bytes) are `current`, and spreads its error over the
+  // rest of that row and over `next`, the row after it (null for the last).
+  auto diffuse = [&](int x, int16_t* current, int16_t* next, uint8_t* row_indices) TESS_ALWAYS_INLINE {
+    int16_t* e = current + 3 * x;
+    const int c0 = Clamp255(e[0]), c1 = Clamp255(e[1]), c2 = Clamp255(e[2]);
+    const int index = m_options.fast_remap ? m_matcher.Fast(c2, c1, c0) : m_matcher.NearestUnmemoised(c2, c1, c0);
+    row_indices[x] = static_cast<uint8_t>(index);
+    const uint8_t* p = m_rgb + 3 * index;
+    const int e0 = c0 - p[2], e1 = c1 - p[1], e2 = c2 - p[0];
+    // Shifts of negative errors are arithmetic, so shares round down.
+    if (x + 1 < width) {
+      AddShare(e[3], (e0 * 7) >> 4);
+      AddShare(e[4], (e1 * 7) >> 4);
+      AddShare(e[5], (e2 * 7) >> 4);
     }
-    PackIndexRow(out, y, indices.get());
-    std::swap(current, next);
-    std::memset(next, 0, row_values * sizeof(int16_t));
+    if (!next) return;
+    int16_t* n = next + 3 * x;
+    if (x - 1 > 0) {  // column 0 never gets this share
+      AddShare(n[-3], (e0 * 3) >> 4);
+      AddShare(n[-2], (e1 * 3) >> 4);
+      AddShare(n[-1], (e2 * 3) >> 4);
+    }
+    if (x + 1 < width) {
+      AddShare(n[3], e0 >> 4);
+      AddShare(n[4], e1 >> 4);
+      AddShare(n[5], e2 >> 4);
+    }
+    AddShare(n[0], (e0 * 5) >> 4);
+    AddShare(n[1], (e1 * 5) >> 4);
+    AddShare(n[2], (e2 * 5) >> 4);
+  };
+  auto add_source = [&](int stored, int16_t* row) {
+    const uint8_t* bgr = BgrRow(source, height - 1 - stored, scratch.get());
+    for (size_t i = 0; i < row_values; ++i) AddShare(row[i], bgr[i]);
+  };
+
+  // Error rows of stored rows s, s + 1 and s + 2; all zero at the start.
+  int16_t* first = errors.get();
+  int16_t* second = first + row_values;
+  int16_t* third = second + row_values;
+  uint8_t* first_indices = indices.get();
+  uint8_t* second_indices = first_indices + width;
+  for (int stored = 0; stored < height; stored += 2) {
+    add_source(stored, first);
+    if (stored + 1 == height) {  // a last row on its own
+      for (int x = 0; x < width; ++x) diffuse(x, first, nullptr, first_indices);
+      PackIndexRow(out, height - 1 - stored, first_indices);
+      break;
+    }
+    add_source(stored + 1, second);
+    int16_t* after_second = stored + 2 < height ? third : nullptr;
+    for (int k = 0; k < width + 2; ++k) {
+      if (k < width) diffuse(k, first, second, first_indices);
+      if (k >= 2) diffuse(k - 2, second, after_second, second_indices);
+    }
+    PackIndexRow(out, height - 1 - stored, first_indices);
+    PackIndexRow(out, height - 2 - stored, second_indices);
+    // Row s + 2 starts with what row s + 1 passed on; the others are reused.
+    std::memset(first, 0, row_values * sizeof(int16_t));
+    std::memset(second, 0, row_values * sizeof(int16_t));
+    std::swap(first, third);
   }
   return out;
 }

@@ -20,13 +20,7 @@ bool Remapper::Init(const uint8_t* rgb, int bits, int count, const RemapOptions&
   std::memcpy(m_rgb, rgb, kPaletteBytes);
   m_count = count;
   m_options = options;
-  return m_matcher.Init(rgb, count);
-}
-
-// The index one colour gets in the plain remap and the colour dither.
-int Remapper::Pick(int r, int g, int b) {
-  if (m_bits == 1) return Luminance(r, g, b) >= 129 ? 1 : 0;
-  return m_options.fast_remap ? m_matcher.Fast(r, g, b) : m_matcher.Nearest(r, g, b);
+  return m_matcher.Init(rgb, count, options.fast_remap && m_bits > 1);
 }
 
 ImageBlock Remapper::Remap(const ImageBlock& source) {

@@ -44,7 +44,11 @@ class Remapper {
   ImageBlock Dither(const ImageBlock& source);
 
  private:
-  int Pick(int r, int g, int b);
+  // The index one colour gets in the plain remap and the colour dither.
+  int Pick(int r, int g, int b) {
+    if (m_bits == 1) return Luminance(r, g, b) >= 129 ? 1 : 0;
+    return m_options.fast_remap ? m_matcher.Fast(r, g, b) : m_matcher.Nearest(r, g, b);
+  }
   ImageBlock DitherColour(const ImageBlock& source);
   ImageBlock DitherBlackWhite(const ImageBlock& source);
 

@@ -222,7 +222,7 @@ TEST(PaletteMatcher, AgreesWithThePlainSearchesOnEveryPalette) {
     const uint8_t* pal = palettes[p].data();
     const int count = counts[p];
     PaletteMatcher matcher;
-    ASSERT_TRUE(matcher.Init(pal, count));
+    ASSERT_TRUE(matcher.Init(pal, count, true));
     std::vector<uint8_t> lookup(kLookupEntries);
     BuildColourLookup(pal, count, lookup.data());
     for (int key = 0; key < kLookupEntries; ++key) ASSERT_EQ(matcher.Lookup(key), lookup[key]) << p << " " << key;
@@ -243,7 +243,7 @@ TEST(PaletteMatcher, AgreesWithThePlainSearchesOnEveryPalette) {
 TEST(PaletteMatcher, EmptyPaletteAndShortMemory) {
   uint8_t pal[kPaletteBytes] = {};
   PaletteMatcher matcher;
-  ASSERT_TRUE(matcher.Init(pal, 0));
+  ASSERT_TRUE(matcher.Init(pal, 0, true));
   EXPECT_EQ(matcher.Nearest(1, 2, 3), 0);
   EXPECT_EQ(matcher.Exact(0, 0, 0), -1);
   EXPECT_EQ(matcher.Fast(0, 0, 0), 0);
