@@ -49,7 +49,8 @@ void BuildToneCurve(int brightness, int contrast, uint8_t* curve) {
 
 ImageBlock Remapper::Dither(const ImageBlock& source) {
   if (!source || m_bits == 0) return {};
-  return m_bits == 1 ? DitherBlackWhite(source) : DitherColour(source);
+  if (m_bits == 1) return DitherBlackWhite(source);
+  return m_options.fast_remap ? DitherColour<true>(source) : DitherColour<false>(source);
 }
 
 // Error diffusion is a chain: each pixel waits for the share of the pixel on
@@ -59,6 +60,7 @@ ImageBlock Remapper::Dither(const ImageBlock& source) {
 // the columns left of, at and right of it), and the shares are plain integer
 // additions, so the order in which they arrive cannot change any value: the
 // result is that of one row after the other.
+template <bool kFastRemap>
 ImageBlock Remapper::DitherColour(const ImageBlock& source) {
   const int width = source.width(), height = source.height();
   const size_t row_values = 3 * static_cast<size_t>(width);
@@ -70,20 +72,21 @@ ImageBlock Remapper::DitherColour(const ImageBlock& source) {
 
   // Chooses the index of pixel x of a row whose error values (blue, green,
   // red, as the stored bytes) are `current`, and spreads its error over the
-  // rest of that row and over `next`, the row after it (null for the last).
-  auto diffuse = [&](int x, int16_t* current, int16_t* next, uint8_t* row_indices) TESS_ALWAYS_INLINE {
-    int16_t* e = current + 3 * x;
-    const int c0 = Clamp255(e[0]), c1 = Clamp255(e[1]), c2 = Clamp255(e[2]);
-    const int index = m_options.fast_remap ? m_matcher.Fast(c2, c1, c0) : m_matcher.NearestUnmemoised(c2, c1, c0);
+  // row after it (`next`, null for the last row) and, through `carry`, over
+  // pixel x + 1: the share to the right is held in registers, which keeps a
+  // store and a load off the chain from one pixel to the next.
+  auto diffuse = [&](int x, const int16_t* current, int16_t* next, uint8_t* row_indices,
+                     int (&carry)[3]) TESS_ALWAYS_INLINE {
+    const int16_t* e = current + 3 * x;
+    const int c0 = Clamp255(e[0] + carry[0]), c1 = Clamp255(e[1] + carry[1]), c2 = Clamp255(e[2] + carry[2]);
+    const int index = kFastRemap ? m_matcher.Fast(c2, c1, c0) : m_matcher.NearestUnmemoised(c2, c1, c0);
     row_indices[x] = static_cast<uint8_t>(index);
     const uint8_t* p = m_rgb + 3 * index;
     const int e0 = c0 - p[2], e1 = c1 - p[1], e2 = c2 - p[0];
     // Shifts of negative errors are arithmetic, so shares round down.
-    if (x + 1 < width) {
-      AddShare(e[3], (e0 * 7) >> 4);
-      AddShare(e[4], (e1 * 7) >> 4);
-      AddShare(e[5], (e2 * 7) >> 4);
-    }
+    carry[0] = (e0 * 7) >> 4;
+    carry[1] = (e1 * 7) >> 4;
+    carry[2] = (e2 * 7) >> 4;
     if (!next) return;
     int16_t* n = next + 3 * x;
     if (x - 1 > 0) {  // column 0 never gets this share
@@ -113,16 +116,17 @@ ImageBlock Remapper::DitherColour(const ImageBlock& source) {
   uint8_t* second_indices = first_indices + width;
   for (int stored = 0; stored < height; stored += 2) {
     add_source(stored, first);
+    int first_carry[3] = {0, 0, 0}, second_carry[3] = {0, 0, 0};
     if (stored + 1 == height) {  // a last row on its own
-      for (int x = 0; x < width; ++x) diffuse(x, first, nullptr, first_indices);
+      for (int x = 0; x < width; ++x) diffuse(x, first, nullptr, first_indices, first_carry);
       PackIndexRow(out, height - 1 - stored, first_indices);
       break;
     }
     add_source(stored + 1, second);
     int16_t* after_second = stored + 2 < height ? third : nullptr;
     for (int k = 0; k < width + 2; ++k) {
-      if (k < width) diffuse(k, first, second, first_indices);
-      if (k >= 2) diffuse(k - 2, second, after_second, second_indices);
+      if (k < width) diffuse(k, first, second, first_indices, first_carry);
+      if (k >= 2) diffuse(k - 2, second, after_second, second_indices, second_carry);
     }
     PackIndexRow(out, height - 1 - stored, first_indices);
     PackIndexRow(out, height - 2 - stored, second_indices);

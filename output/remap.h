@@ -49,6 +49,7 @@ class Remapper {
     if (m_bits == 1) return Luminance(r, g, b) >= 129 ? 1 : 0;
     return m_options.fast_remap ? m_matcher.Fast(r, g, b) : m_matcher.Nearest(r, g, b);
   }
+  template <bool kFastRemap>
   ImageBlock DitherColour(const ImageBlock& source);
   ImageBlock DitherBlackWhite(const ImageBlock& source);
 
