@@ -1,7 +1,8 @@
-// Error-diffusion remaps. Colour output (4 and 8 bits) carries three int16
-// error values per pixel on two rows; black-and-white output dithers a gray
-// copy of the frame in place. Both visit the stored rows in order, bottom line
-// first, and each pixel left to right.
+// Error-diffusion remaps. Colour output (4 and 8 bits) keeps three int16
+// values per pixel (one per channel) for the rows being diffused and the row
+// after them; black-and-white output dithers a gray copy of the frame in
+// place. Both give the result of visiting the stored rows in order, bottom
+// line first, each pixel left to right.
 #include "output/remap.h"
 
 #include <algorithm>
@@ -24,11 +25,11 @@ namespace {
 
 inline int Clamp255(int v) { return v < 1 ? 0 : v > 254 ? 255 : v; }
 
-// Adds one diffused share to an int16 error value. Bound: a value starts as a
-// source byte (0..255); every error is a clamped value minus a palette value,
-// so |error| <= 255, and a value receives 7/16 of one error from its left and
-// 3/16, 5/16 and 1/16 of three errors from the row before, each share rounded
-// down: the value stays within -256..510, far inside int16.
+// Adds one diffused share to an int16 value. Bound: every error is a clamped
+// value minus a palette value, so |error| <= 255; a stored value is a source
+// byte plus 3/16, 5/16 and 1/16 of three errors from the row before, each
+// share rounded down, so it stays within -145..399, and with the 7/16 share
+// from the left (added in int) within -257..510: far inside int16.
 inline void AddShare(int16_t& value, int share) { value = static_cast<int16_t>(value + share); }
 
 // Adds to a gray value and holds it to 0..255.

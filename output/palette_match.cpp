@@ -38,6 +38,13 @@ constexpr int kHugeCells = 64;               // 4 per axis, 64 values wide
 constexpr int kBigCells = 512;               // 8 per axis, 32 values wide
 constexpr int kSmallCells = kLookupEntries;  // 32 per axis, 8 values wide
 constexpr size_t kPoolStart = 16 * 1024;     // grows by doubling
+// Memoised searches scan the whole palette until this many have been made,
+// and only then start building cells: a frame with few colours is done
+// before cell lists would pay for themselves.
+constexpr long kWholeScans = 2048;
+// Far above any real Linear::At (at most 9 * 255²), and small enough to be
+// shifted left by 8 in ScanWhole.
+constexpr int32_t kUnused = 1 << 22;
 
 constexpr uint32_t Pack(int r, int g, int b) {
   return static_cast<uint32_t>(r) | (static_cast<uint32_t>(g) << 8) | (static_cast<uint32_t>(b) << 16);
@@ -125,6 +132,9 @@ int FilterAll(const Channels& all, int count, const int lo[3], int size, uint8_t
 struct PaletteMatcher::State {
   uint8_t rgb[kPaletteBytes];
   Channels all;
+  // Linear::At of every entry as separate arrays, for whole-palette scans;
+  // entries past the count get a level no colour can bring down to a minimum.
+  int32_t level[256], red_step[256], green_step[256], blue_step[256];
   uint8_t every[256];  // 0, 1, ... 255: the list of the whole palette
   // Keys are colour + 1 so that the zeroed tables read as empty.
   uint32_t exact_key[kExactSlots];
@@ -148,13 +158,17 @@ bool PaletteMatcher::Init(const uint8_t* rgb, int count, bool with_lookup) {
   m_count = std::clamp(count, 0, 256);
   State& s = m_state[0];
   std::memcpy(s.rgb, rgb, static_cast<size_t>(m_count) * 3);
-  for (int i = 0; i < 256; ++i) s.every[i] = static_cast<uint8_t>(i);
+  for (int i = 0; i < 256; ++i) {
+    s.every[i] = static_cast<uint8_t>(i);
+    s.level[i] = kUnused;
+  }
   for (int i = 0; i < m_count; ++i) {
     const int r = s.rgb[3 * i], g = s.rgb[3 * i + 1], b = s.rgb[3 * i + 2];
     s.all.red[i] = static_cast<int16_t>(r);
     s.all.green[i] = static_cast<int16_t>(g);
     s.all.blue[i] = static_cast<int16_t>(b);
     m_linear[i] = {3 * r * r + 4 * g * g + 2 * b * b, 6 * r, 8 * g, 4 * b};
+    s.level[i] = m_linear[i].level, s.red_step[i] = 6 * r, s.green_step[i] = 8 * g, s.blue_step[i] = 4 * b;
     uint32_t key = Pack(r, g, b) + 1;
     uint32_t slot = Hash(key - 1, 10);
     while (s.exact_key[slot] != 0 && s.exact_key[slot] != key) slot = (slot + 1) % kExactSlots;
@@ -182,7 +196,7 @@ int PaletteMatcher::NearestSlow(int r, int g, int b, bool memo) {
   uint32_t colour = Pack(r, g, b);
   uint32_t slot = Hash(colour, kMemoBits);
   if (s.memo_key[slot] == colour + 1) return s.memo_index[slot];
-  int index = Search(r, g, b);
+  int index = m_cell[LookupKey(r, g, b)] == 0 && m_whole_scans++ < kWholeScans ? ScanWhole(r, g, b) : Search(r, g, b);
   s.memo_key[slot] = colour + 1;
   s.memo_index[slot] = static_cast<uint8_t>(index);
   return index;
@@ -214,6 +228,20 @@ int PaletteMatcher::Scan(List list, int r, int g, int b) const {
     if (d < best) best = d, best_index = list.entries[k];
   }
   return best_index;
+}
+
+// The whole palette in a fixed-length loop the compiler can vectorise. Each
+// value goes with its index in the low byte (values fit 22 bits with their
+// sign), so the least combined value names the first of the nearest.
+int PaletteMatcher::ScanWhole(int r, int g, int b) const {
+  const State& s = m_state[0];
+  int keyed[256];
+  for (int i = 0; i < 256; ++i)
+    keyed[i] = (s.level[i] - s.red_step[i] * r - s.green_step[i] * g - s.blue_step[i] * b) * 256 + i;
+  int least[4] = {keyed[0], keyed[1], keyed[2], keyed[3]};
+  for (int i = 4; i < 256; i += 4)
+    for (int k = 0; k < 4; ++k) least[k] = std::min(least[k], keyed[i + k]);
+  return std::min(std::min(least[0], least[1]), std::min(least[2], least[3])) & 0xFF;
 }
 
 PaletteMatcher::List PaletteMatcher::ListAt(uint32_t offset) const {

@@ -74,6 +74,7 @@ class PaletteMatcher {
   int NearestSlow(int r, int g, int b, bool memo);
   int Search(int r, int g, int b);
   int Scan(List list, int r, int g, int b) const;
+  int ScanWhole(int r, int g, int b) const;
   List ListAt(uint32_t offset) const;
   List HugeList(int huge);
   List BigList(int big);
@@ -91,6 +92,7 @@ class PaletteMatcher {
   Buffer<uint8_t> m_pool;
   size_t m_pool_capacity = 0;
   size_t m_pool_used = 0;
+  long m_whole_scans = 0;
   int m_count = 0;
 };
 

@@ -18,9 +18,10 @@ bool Remapper::Init(const uint8_t* rgb, int bits, int count, const RemapOptions&
     return false;
   }
   std::memcpy(m_rgb, rgb, kPaletteBytes);
-  m_count = count;
   m_options = options;
-  return m_matcher.Init(rgb, count, options.fast_remap && m_bits > 1);
+  if (m_matcher.Init(rgb, count, options.fast_remap && m_bits > 1)) return true;
+  m_bits = 0;  // unusable: Remap and Dither give null
+  return false;
 }
 
 ImageBlock Remapper::Remap(const ImageBlock& source) {

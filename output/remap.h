@@ -54,8 +54,7 @@ class Remapper {
   ImageBlock DitherBlackWhite(const ImageBlock& source);
 
   uint8_t m_rgb[kPaletteBytes] = {};
-  int m_bits = 0;
-  int m_count = 0;
+  int m_bits = 0;  // 0 until Init succeeds
   RemapOptions m_options;
   PaletteMatcher m_matcher;
 };

@@ -233,11 +233,44 @@ TEST(PaletteMatcher, AgreesWithThePlainSearchesOnEveryPalette) {
         r = std::min(255, pal[3 * i] + n % 3), g = pal[3 * i + 1], b = pal[3 * i + 2];
         if (n % 8 == 0) r = 100, g = 50, b = 60;  // equidistant from entries 1 and 2
       }
-      ASSERT_EQ(matcher.Nearest(r, g, b), NearestColour(r, g, b, pal, count)) << p << " " << r << "," << g << "," << b;
-      ASSERT_EQ(matcher.Nearest(r, g, b), NearestColour(r, g, b, pal, count));  // memoised
+      const int want = NearestColour(r, g, b, pal, count);
+      ASSERT_EQ(matcher.Nearest(r, g, b), want) << p << " " << r << "," << g << "," << b;
+      ASSERT_EQ(matcher.Nearest(r, g, b), want);  // memoised
+      ASSERT_EQ(matcher.NearestUnmemoised(r, g, b), want);
       ASSERT_EQ(matcher.Exact(r, g, b), ExactColour(r, g, b, pal, count));
     }
   }
+}
+
+// Searches that never use the memo build cell lists from the first colour on.
+TEST(PaletteMatcher, CellListsAloneAgreeWithThePlainSearch) {
+  std::vector<int> counts;
+  std::vector<std::vector<uint8_t>> palettes = TestPalettes(&counts);
+  for (size_t p = 0; p < palettes.size(); ++p) {
+    PaletteMatcher matcher;
+    ASSERT_TRUE(matcher.Init(palettes[p].data(), counts[p]));
+    for (int c = 0; c < 1 << 15; c += 7) {  // one colour in many cells of the lookup grid
+      const int r = (c & 31) * 8 + c % 8, g = ((c >> 5) & 31) * 8 + (c >> 3) % 8, b = (c >> 10) * 8 + 7;
+      ASSERT_EQ(matcher.NearestUnmemoised(r, g, b), NearestColour(r, g, b, palettes[p].data(), counts[p]))
+          << p << " " << r << "," << g << "," << b;
+    }
+  }
+}
+
+// Cell lists grow on demand; when they cannot, the lists they would have been
+// built from give the same answers.
+TEST(PaletteMatcher, ShortMemoryWhileSearchingKeepsAnswersExact) {
+  uint8_t pal[kPaletteBytes];
+  const int count = BuildFixedPalette(pal, nullptr, kPaletteGray256);  // long lists near the gray axis
+  PaletteMatcher matcher;
+  ASSERT_TRUE(matcher.Init(pal, count));
+  AllocFailureScope fail(0, true);
+  std::mt19937 rng(5);
+  for (int n = 0; n < 40000; ++n) {
+    const int r = rng() & 255, g = rng() & 255, b = rng() & 255;
+    ASSERT_EQ(matcher.NearestUnmemoised(r, g, b), NearestColour(r, g, b, pal, count));
+  }
+  EXPECT_GT(fail.Count(), 0);  // the pool did try to grow
 }
 
 TEST(PaletteMatcher, EmptyPaletteAndShortMemory) {

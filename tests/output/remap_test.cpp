@@ -129,9 +129,12 @@ TEST(Remap, RefusesTrueColourTargetsNullSourcesAndShortMemory) {
 }
 
 TEST(Dither, MatchesTheReferenceForEveryDepthAndMode) {
+  // Rows are diffused two at a time: odd and even heights, one and two columns.
   std::vector<ImageBlock> sources = OddSources();
   sources.push_back(NaturalImage(1, 9, 2));
   sources.push_back(NaturalImage(9, 1, 2));
+  sources.push_back(NaturalImage(2, 2, 3));
+  sources.push_back(NaturalImage(47, 34, 5));
   for (const Target& t : kTargets) {
     uint8_t pal[kPaletteBytes];
     int count = BuildFixedPalette(pal, nullptr, t.choice);
