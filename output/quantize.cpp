@@ -322,10 +322,10 @@ void Octree::AssignNode(int level, uint32_t cell, uint8_t* rgb, int* made) {
 // a visited node with error > T when it had pixels of its own or has a child
 // with error <= T (that child's pixels arrive before the node is checked);
 // and next is the least error above T among visited nodes, capped at root
-// error - 1. In the order of the sorted errors each of these is a prefix
-// count or a pointer that only moves forward, so all passes cost one sort.
-// A rank stands for its error: error <= X exactly when rank < #{errors <= X},
-// ties included.
+// error - 1. Walking the errors in sorted order keeps all of this up to date:
+// when T passes a node's error the node stops counting and its parent starts;
+// when P passes it, its subtree is marked merged (each node once); next is
+// the first node past T not yet merged. All passes together cost one sort.
 bool Octree::FindLastThreshold(int wanted) {
   const size_t n = static_cast<size_t>(m_nodes - 1);
   Buffer<Ranked> sorted = AllocBuffer<Ranked>(n);
