@@ -1,5 +1,9 @@
 // Speed of the output remaps and the adaptive palette on animation-sized work:
-// 64 frames of 128x128. Reported as pixels per second (items_per_second).
+// 64 frames of 128x128, reported as pixels per second (items_per_second).
+// A build remaps all its frames through one Remapper (made afresh in every
+// iteration here, so what it learns is paid for); the per-frame functions
+// are measured too. Targets: plain remap with one Remapper >= 100 Mpx/s,
+// dither with one Remapper >= 40 Mpx/s, adaptive palette >= 20 Mpx/s.
 #include <benchmark/benchmark.h>
 
 #include <cmath>
@@ -59,8 +63,8 @@ void Report(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * kFrames * kSize * kSize);
 }
 
-// One RemapImage per frame (a fresh matcher each time) or one Remapper for the
-// whole animation.
+// One Remapper for the whole animation, or one RemapImage / DitherImage call
+// per frame.
 void RemapBench(benchmark::State& state, int levels, bool dither, bool fast, bool shared, int choice) {
   std::vector<ImageBlock> frames = Frames(levels);
   uint8_t pal[kPaletteBytes];
@@ -83,15 +87,16 @@ void RemapBench(benchmark::State& state, int levels, bool dither, bool fast, boo
   Report(state);
 }
 
-void BM_RemapNearest(benchmark::State& s) { RemapBench(s, 6, false, false, false, kPaletteOrtho256); }
-void BM_RemapNearestShared(benchmark::State& s) { RemapBench(s, 6, false, false, true, kPaletteOrtho256); }
-void BM_RemapNearestGray(benchmark::State& s) { RemapBench(s, 6, false, false, false, kPaletteWithGray256); }
-void BM_RemapFast(benchmark::State& s) { RemapBench(s, 6, false, true, false, kPaletteOrtho256); }
-void BM_DitherNearest(benchmark::State& s) { RemapBench(s, 0, true, false, false, kPaletteOrtho256); }
-void BM_DitherNearestShared(benchmark::State& s) { RemapBench(s, 0, true, false, true, kPaletteOrtho256); }
-void BM_DitherNearestGray(benchmark::State& s) { RemapBench(s, 0, true, false, false, kPaletteWithGray256); }
-void BM_DitherFast(benchmark::State& s) { RemapBench(s, 0, true, true, false, kPaletteOrtho256); }
-void BM_DitherBlackWhite(benchmark::State& s) { RemapBench(s, 0, true, false, false, kPaletteBlackWhite); }
+// Frames of at most 216 colours (6 levels a channel) for the plain remap;
+// full natural frames for the dither.
+void BM_Remap(benchmark::State& s) { RemapBench(s, 6, false, false, true, kPaletteOrtho256); }
+void BM_RemapPerFrame(benchmark::State& s) { RemapBench(s, 6, false, false, false, kPaletteOrtho256); }
+void BM_RemapFastRemap(benchmark::State& s) { RemapBench(s, 6, false, true, true, kPaletteOrtho256); }
+void BM_Dither(benchmark::State& s) { RemapBench(s, 0, true, false, true, kPaletteOrtho256); }
+void BM_DitherWithGray(benchmark::State& s) { RemapBench(s, 0, true, false, true, kPaletteWithGray256); }
+void BM_DitherPerFrame(benchmark::State& s) { RemapBench(s, 0, true, false, false, kPaletteOrtho256); }
+void BM_DitherFastRemap(benchmark::State& s) { RemapBench(s, 0, true, true, true, kPaletteOrtho256); }
+void BM_DitherBlackWhite(benchmark::State& s) { RemapBench(s, 0, true, false, true, kPaletteBlackWhite); }
 
 void BM_AdaptivePalette(benchmark::State& state) {
   FrameList list;
@@ -104,14 +109,13 @@ void BM_AdaptivePalette(benchmark::State& state) {
   Report(state);
 }
 
-BENCHMARK(BM_RemapNearest)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_RemapNearestShared)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_RemapNearestGray)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_RemapFast)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_DitherNearest)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_DitherNearestShared)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_DitherNearestGray)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_DitherFast)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Remap)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RemapPerFrame)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RemapFastRemap)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Dither)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DitherWithGray)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DitherPerFrame)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DitherFastRemap)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_DitherBlackWhite)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_AdaptivePalette)->Unit(benchmark::kMillisecond);
 

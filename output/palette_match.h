@@ -61,15 +61,12 @@ class PaletteMatcher {
   static constexpr uint32_t kFew = 1u << 30;
   static constexpr uint32_t kMany = 1u << 31;
   int Nearer(uint32_t cell, int r, int g, int b) const {
-    int best = cell & 0xFF;
-    int best_value = m_linear[best].At(r, g, b);
-    for (int shift = 8; shift <= 16; shift += 8) {  // strict-less: the lower index keeps a tie
-      const int i = (cell >> shift) & 0xFF;
-      const int value = m_linear[i].At(r, g, b);
-      best = value < best_value ? i : best;
-      best_value = value < best_value ? value : best_value;
-    }
-    return best;
+    // Strict-less comparisons: the lower index keeps a tie.
+    const int a = cell & 0xFF, b_index = (cell >> 8) & 0xFF, c = (cell >> 16) & 0xFF;
+    const int va = m_linear[a].At(r, g, b), vb = m_linear[b_index].At(r, g, b), vc = m_linear[c].At(r, g, b);
+    const int ab = vb < va ? b_index : a;
+    const int vab = vb < va ? vb : va;
+    return vc < vab ? c : ab;
   }
   int NearestSlow(int r, int g, int b, bool memo);
   int Search(int r, int g, int b);
