@@ -20,8 +20,8 @@ bool SameBlock(const ImageBlock& a, const ImageBlock& b) {
   return a && b && a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size()) == 0;
 }
 
-ImageBlock Flat(int w, int h, Colour c, int bits = 24) {
-  ImageBlock image = ImageCreate(w, h, nullptr, bits);
+ImageBlock Flat(int w, int h, Colour c) {
+  ImageBlock image = ImageCreate(w, h, nullptr, 24);
   for (int y = 0; y < h; ++y)
     for (int x = 0; x < w; ++x) ImageSetPixel(image, x, y, c);
   return image;
