@@ -167,7 +167,8 @@ bool PaletteMatcher::Init(const uint8_t* rgb, int count, bool with_lookup) {
     s.all.red[i] = static_cast<int16_t>(r);
     s.all.green[i] = static_cast<int16_t>(g);
     s.all.blue[i] = static_cast<int16_t>(b);
-    m_linear[i] = {3 * r * r + 4 * g * g + 2 * b * b, 6 * r, 8 * g, 4 * b};
+    m_linear[i] = {3 * r * r + 4 * g * g + 2 * b * b, static_cast<int16_t>(6 * r), static_cast<int16_t>(8 * g),
+                   static_cast<int16_t>(4 * b), static_cast<uint32_t>(i | r << 8 | g << 16 | b << 24)};
     s.level[i] = m_linear[i].level, s.red_step[i] = 6 * r, s.green_step[i] = 8 * g, s.blue_step[i] = 4 * b;
     uint32_t key = Pack(r, g, b) + 1;
     uint32_t slot = Hash(key - 1, 10);
