@@ -94,7 +94,8 @@ ImageBlock Remapper::DitherColour(const ImageBlock& source) {
     if constexpr (kFastRemap) {
       const int index = m_matcher.Fast(c2, c1, c0);
       const uint8_t* p = m_rgb + 3 * index;
-      entry = static_cast<uint32_t>(index | p[0] << 8 | p[1] << 16 | p[2] << 24);
+      entry = static_cast<uint32_t>(index) | static_cast<uint32_t>(p[0]) << 8 | static_cast<uint32_t>(p[1]) << 16 |
+              static_cast<uint32_t>(p[2]) << 24;
     } else {
       entry = m_matcher.NearestEntryUnmemoised(c2, c1, c0);
     }

@@ -58,6 +58,11 @@ constexpr int BigCellOf(int small) {
 }
 constexpr int HugeCellOf(int big) { return ((big >> 1) & 3) | (((big >> 4) & 3) << 2) | (((big >> 7) & 3) << 4); }
 
+constexpr uint32_t PackEntry(int index, int r, int g, int b) {
+  return static_cast<uint32_t>(index) | static_cast<uint32_t>(r) << 8 | static_cast<uint32_t>(g) << 16 |
+         static_cast<uint32_t>(b) << 24;
+}
+
 inline int Weighted(int dr, int dg, int db) { return 3 * dr * dr + 4 * dg * dg + 2 * db * db; }
 
 // The candidates of the cube [lo, lo + size) on each axis among `from`:
@@ -168,7 +173,7 @@ bool PaletteMatcher::Init(const uint8_t* rgb, int count, bool with_lookup) {
     s.all.green[i] = static_cast<int16_t>(g);
     s.all.blue[i] = static_cast<int16_t>(b);
     m_linear[i] = {3 * r * r + 4 * g * g + 2 * b * b, static_cast<int16_t>(6 * r), static_cast<int16_t>(8 * g),
-                   static_cast<int16_t>(4 * b), static_cast<uint32_t>(i | r << 8 | g << 16 | b << 24)};
+                   static_cast<int16_t>(4 * b), PackEntry(i, r, g, b)};
     s.level[i] = m_linear[i].level, s.red_step[i] = 6 * r, s.green_step[i] = 8 * g, s.blue_step[i] = 4 * b;
     uint32_t key = Pack(r, g, b) + 1;
     uint32_t slot = Hash(key - 1, 10);
