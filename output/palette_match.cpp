@@ -16,10 +16,11 @@
 //    cell around it, so nothing is lost, and each list costs a pass over a
 //    short one. Most small cells have at most three candidates, kept in the
 //    cell's own word.
-//  - Nearest answers in cells with more candidates are memoised per 24-bit
-//    colour: NearestColour is a pure function of the colour once the palette
-//    is fixed, so a remembered answer is the answer. The memo is
-//    direct-mapped; a collision only costs a search.
+//  - Nearest answers that the cell's word cannot give (longer lists, and the
+//    whole-palette scans the first memoised searches make before any cell is
+//    built) are memoised per 24-bit colour: NearestColour is a pure function
+//    of the colour once the palette is fixed, so a remembered answer is the
+//    answer. The memo is direct-mapped; a collision only costs a search.
 #include "output/palette_match.h"
 
 #include <algorithm>
