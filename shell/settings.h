@@ -12,6 +12,8 @@
 #include <string>
 #include <string_view>
 
+#include "styles/style.h"  // kStyleCount: the style table and the keys agree on it
+
 namespace tess {
 
 // Kind flags of a descriptor. kKindDither rides along with kKindNumber on the
@@ -44,7 +46,6 @@ struct ConfigKey {
 
 constexpr int kConfigKeyCount = 303;
 constexpr int kStyleKeyCount = 276;
-constexpr int kStyleCount = 20;
 constexpr size_t kSettingTextMax = 260;
 
 // The descriptor table in file order.

@@ -44,7 +44,7 @@ struct PageControl {
   ControlKind kind;
   const char* label;   // the label as the page shows it, e.g. "Frames:"
   const char* key;     // setting suffix after "StyleNNN", e.g. "Frames"; null for none
-  const char* spin;    // spin text for kSpin/kSignedSpin; items for kDropDown
+  const char* spin;    // spin text for kSpin/kSignedSpin/kPicker; items for kDropDown
   int16_t x, y, w, h;  // place on the page in dialog units
 };
 

@@ -1,0 +1,27 @@
+// Fountain: a fountain gradient scrolled across the tile in one of four
+// directions. The page is declared here; the effect renders in a later issue,
+// so its entry has no init yet. The fountain button is the built-in 270.
+#include "styles/effects.h"
+#include "styles/page_layout.h"
+
+namespace tess {
+namespace {
+
+using namespace page;
+constexpr int kNumber = 4;
+constexpr int Id(int n) { return PageControlId(kNumber, n); }
+
+constexpr std::array kPage = {
+    Spin(Id(kFramesControl), kLeft, 0, "Frames:", "Frames", "2,32760,64"),
+    Spin(Id(kWidthControl), kLeft, 1, "Width:", "Width", "16,1024,128"),
+    Spin(Id(kDepthControl), kLeft, 2, "Depth:", "Depth", "16,1024,128"),
+    Picker(Id(kScrollControl), kLeft, 3, "Scroll", "0,3,1"),
+    Fountain(270, kRight, 0),
+};
+
+}  // namespace
+
+// A gradient has no single background colour.
+StyleEntry FountainStyle() { return {"Fountain", kNumber, kPage, nullptr, &NoBackground}; }
+
+}  // namespace tess

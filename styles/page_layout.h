@@ -1,0 +1,196 @@
+// How a settings page is laid out and numbered. Pages are a two-column grid in
+// dialog units (rows every 14 units, controls 12 high, at most ten rows, about
+// 210 x 150); every control sits in one cell and the label of a control that
+// needs one stands left of it in the same cell. Control numbers follow one rule
+// across all twenty pages so that front ends and effects can name them alike.
+//
+// Sections: control numbers · grid · control builders · background queries.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "styles/style.h"
+
+namespace tess::page {
+
+// ---------------------------------------------------------------- control numbers
+
+// The n of PageControlId(style, n) for the parameters many pages share. A page
+// without the parameter leaves its number unused; style-specific controls take
+// n = kFirstOwnControl and up.
+enum CommonControl : int {
+  kFramesControl = 1,
+  kWidthControl = 2,
+  kDepthControl = 3,
+  kSeedControl = 4,
+  kBackgroundControl = 5,
+  kSizeControl = 6,
+  kDensityControl = 7,
+  kOpacityControl = 8,
+  kDriftControl = 9,
+  kScrollControl = 10,
+  kFirstOwnControl = 30,
+};
+
+// "Color 1:" to "Color 5:" are 11..15; the Enable box of colour i (2..5) is 20 + i.
+constexpr int ColourControl(int i) { return 10 + i; }
+constexpr int EnableControl(int i) { return 20 + i; }
+
+// Fountain buttons keep the numbers of the built-in fountain descriptions that
+// a first run loads into them, whatever their page: Fountain 270, Solid 290,
+// Shaped Fountain 306, Atmosphere 451, Carpet 496.
+constexpr int kBuiltInFountainIds[] = {270, 290, 306, 451, 496};
+
+// Direction pickers carry their value range in the spin text: "0,3,d" for the
+// four-way picker, "0,1,d" for the two-way one.
+constexpr int kTwoWayPickerMax = 1;
+
+// ---------------------------------------------------------------- grid
+
+enum Column : uint8_t { kLeft, kRight };
+
+constexpr int16_t kTop = 6;
+constexpr int16_t kRowStep = 14;
+constexpr int16_t kRowHeight = 12;
+constexpr int kMaxRows = 10;
+constexpr int16_t kPageWidth = 210;
+constexpr int16_t kPageHeight = 150;
+
+constexpr int16_t kLabelX[2] = {4, 104};
+constexpr int16_t kControlX[2] = {60, 150};
+constexpr int16_t kColumnEnd[2] = {100, 208};
+constexpr int16_t kSpinWidth = 36;
+constexpr int16_t kButtonWidth = 22;
+constexpr int16_t kEnableX = 176;
+
+constexpr int16_t RowY(int row) { return static_cast<int16_t>(kTop + kRowStep * row); }
+
+struct Place {
+  int16_t x, y, w, h;
+};
+
+// Where the shell puts the static label of a control that has one (every kind
+// except check boxes, whose text is their own, and plain labels).
+constexpr bool HasSeparateLabel(const PageControl& c) {
+  return c.kind != ControlKind::kCheck && c.kind != ControlKind::kLabel;
+}
+constexpr Place LabelPlace(const PageControl& c) {
+  int col = c.x >= kLabelX[kRight] ? kRight : kLeft;
+  return {kLabelX[col], c.y, static_cast<int16_t>(kControlX[col] - 2 - kLabelX[col]), c.h};
+}
+
+// ---------------------------------------------------------------- control builders
+
+constexpr PageControl InCell(int id, ControlKind kind, Column col, int row, const char* label,
+                             const char* key, const char* spin, int16_t width) {
+  return PageControl{id, kind, label, key, spin, kControlX[col], RowY(row), width, kRowHeight};
+}
+
+constexpr PageControl Spin(int id, Column col, int row, const char* label, const char* key,
+                           const char* range) {
+  return InCell(id, ControlKind::kSpin, col, row, label, key, range, kSpinWidth);
+}
+
+// Check boxes take the whole cell: their text is their label.
+constexpr PageControl Check(int id, Column col, int row, const char* label, const char* key) {
+  return PageControl{id,         ControlKind::kCheck,
+                     label,      key,
+                     nullptr,    kLabelX[col],
+                     RowY(row),  static_cast<int16_t>(kColumnEnd[col] - kLabelX[col]),
+                     kRowHeight};
+}
+
+constexpr PageControl DropDown(int id, Column col, int row, const char* label, const char* key,
+                               const char* items) {
+  return InCell(id, ControlKind::kDropDown, col, row, label, key, items,
+                static_cast<int16_t>(kColumnEnd[col] - kControlX[col]));
+}
+
+constexpr PageControl Picker(int id, Column col, int row, const char* key, const char* range) {
+  return InCell(id, ControlKind::kPicker, col, row, "Scroll:", key, range,
+                static_cast<int16_t>(kColumnEnd[col] - kControlX[col]));
+}
+
+// Fountain and matrix buttons are stored by their own controls, not by a key.
+constexpr PageControl Fountain(int id, Column col, int row) {
+  return InCell(id, ControlKind::kFountain, col, row, "Fountain:", nullptr, nullptr,
+                static_cast<int16_t>(kColumnEnd[col] - kControlX[col]));
+}
+constexpr PageControl Matrix(int id, Column col, int row) {
+  return InCell(id, ControlKind::kMatrix, col, row, "Matrix:", nullptr, nullptr,
+                static_cast<int16_t>(kColumnEnd[col] - kControlX[col]));
+}
+
+constexpr PageControl ColourButton(int id, Column col, int row, const char* label,
+                                   const char* key) {
+  return InCell(id, ControlKind::kColourButton, col, row, label, key, nullptr, kButtonWidth);
+}
+constexpr PageControl FillButton(int id, Column col, int row, const char* label,
+                                 const char* key) {
+  return InCell(id, ControlKind::kFillButton, col, row, label, key, nullptr, kButtonWidth);
+}
+
+constexpr PageControl Background(int style, Column col, int row) {
+  return ColourButton(PageControlId(style, kBackgroundControl), col, row, "Background:",
+                      "Background");
+}
+
+// The five colour rows of a sprite page in the right column from `first_row`:
+// "Color 1:" alone, then "Color 2:" to "Color 5:" each followed by its Enable
+// box, which is also their tab order. Pages that name their colours otherwise
+// pass their own labels.
+using ColourLabels = std::array<const char*, 5>;
+constexpr ColourLabels kColourLabels = {"Color 1:", "Color 2:", "Color 3:", "Color 4:",
+                                        "Color 5:"};
+constexpr const char* kFillColourKeys[5] = {"FillColor1", "FillColor2", "FillColor3",
+                                            "FillColor4", "FillColor5"};
+constexpr const char* kFillEnableKeys[5] = {nullptr, "FillEnable2", "FillEnable3",
+                                            "FillEnable4", "FillEnable5"};
+
+constexpr std::array<PageControl, 9> ColourRows(int style, int first_row,
+                                                const ColourLabels& labels = kColourLabels) {
+  std::array<PageControl, 9> rows{};
+  size_t at = 0;
+  for (int i = 1; i <= 5; ++i) {
+    int row = first_row + i - 1;
+    rows[at++] = FillButton(PageControlId(style, ColourControl(i)), kRight, row,
+                            labels[static_cast<size_t>(i - 1)], kFillColourKeys[i - 1]);
+    if (i >= 2)
+      rows[at++] = PageControl{PageControlId(style, EnableControl(i)),
+                               ControlKind::kCheck,
+                               "Enable",
+                               kFillEnableKeys[i - 1],
+                               nullptr,
+                               kEnableX,
+                               RowY(row),
+                               static_cast<int16_t>(kColumnEnd[kRight] - kEnableX),
+                               kRowHeight};
+  }
+  return rows;
+}
+
+template <size_t A, size_t B>
+constexpr std::array<PageControl, A + B> Join(const std::array<PageControl, A>& a,
+                                              const std::array<PageControl, B>& b) {
+  std::array<PageControl, A + B> out{};
+  for (size_t i = 0; i < A; ++i) out[i] = a[i];
+  for (size_t i = 0; i < B; ++i) out[A + i] = b[i];
+  return out;
+}
+
+// ---------------------------------------------------------------- background queries
+
+// For pages with a "Background:" button: its colour, or none when asked with a
+// non-zero flag.
+template <int kStyle>
+Colour BackgroundQuery(const ParamReader& reader, int flag) {
+  return flag != 0 ? kNoColour : reader.ColourValue(PageControlId(kStyle, kBackgroundControl));
+}
+
+// For pages without one: every entry answers the query, so front ends never
+// need to test for a missing one.
+inline Colour NoBackground(const ParamReader&, int) { return kNoColour; }
+
+}  // namespace tess::page

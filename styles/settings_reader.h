@@ -1,0 +1,58 @@
+// A style's parameters read straight from the settings object, for the
+// command-line host and for tests: each page control's "StyleNNN<key>" value,
+// limited the way the page limits it. Also lists a style's settings with their
+// ranges, defaults and current values.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "styles/style.h"
+
+namespace tess {
+
+class Settings;
+
+// Reads by page control id:
+// - Spin: spins and direction pickers clamp the stored value to their spin
+//   text's min..max (the stored value is taken as unsigned unless min is
+//   negative, as the page's edit reads it); a control whose key the settings
+//   lack gives its spin default. Other kinds give their stored value.
+// - Checked: stored value non-zero. ColourValue: the low 24 bits (the top
+//   byte belongs to fill descriptions). Selection: the stored index as it is,
+//   since each effect decides what an out-of-range choice draws.
+// An id not on the style's page gives 0 (false) from every call.
+class SettingsReader final : public ParamReader {
+ public:
+  // Both must outlive the reader.
+  SettingsReader(const Settings& settings, const StyleEntry& style)
+      : m_settings(&settings), m_style(&style) {}
+
+  int32_t Spin(int id) const override;
+  bool Checked(int id) const override;
+  Colour ColourValue(int id) const override;
+  int32_t Selection(int id) const override;
+
+ private:
+  const Settings* m_settings;
+  const StyleEntry* m_style;
+};
+
+// Spin text for spins and direction pickers; their value is clamped to it.
+bool HasSpinRange(const PageControl& control);
+
+// One stored setting of a style's page.
+struct StyleSetting {
+  const PageControl* control = nullptr;  // label, kind, drop-down items
+  std::string key;                       // e.g. "Style016Glare"
+  bool has_range = false;                // spins and direction pickers
+  SpinRange range;                       // with the value a fresh page shows
+  int32_t initial = 0;                   // the configuration's built-in default
+  int32_t stored = 0;                    // as the settings hold it
+  int32_t value = 0;                     // as the effect reads it
+};
+
+// Every control of the style's page that is stored under a key, in page order.
+std::vector<StyleSetting> ListStyleSettings(const Settings& settings, const StyleEntry& style);
+
+}  // namespace tess

@@ -1,0 +1,35 @@
+// Wavelet: shaded ripples rolling across the tile in the scroll direction. The
+// page is declared here; the effect renders in a later issue, so its entry has
+// no init yet.
+#include "styles/effects.h"
+#include "styles/page_layout.h"
+
+namespace tess {
+namespace {
+
+using namespace page;
+constexpr int kNumber = 19;
+constexpr int Id(int n) { return PageControlId(kNumber, n); }
+
+constexpr std::array kPage = Join(
+    std::array{
+        Spin(Id(kFramesControl), kLeft, 0, "Frames:", "Frames", "2,32760,64"),
+        Spin(Id(kWidthControl), kLeft, 1, "Width:", "Width", "16,1024,128"),
+        Spin(Id(kDepthControl), kLeft, 2, "Depth:", "Depth", "16,1024,128"),
+        Spin(Id(kSeedControl), kLeft, 3, "Seed:", "Seed", "100,32760,1019"),
+        Spin(Id(kSizeControl), kLeft, 4, "Size:", "Size", "2,64,10"),
+        Spin(Id(kFirstOwnControl), kLeft, 5, "Amplitude:", "Amplitude", "0,100,75"),
+        Spin(Id(kFirstOwnControl + 1), kLeft, 6, "Glare:", "Glare", "0,255,160"),
+        Spin(Id(kFirstOwnControl + 2), kLeft, 7, "Shade:", "Shade", "0,255,70"),
+        Picker(Id(kScrollControl), kLeft, 8, "Scroll", "0,3,1"),
+        Background(kNumber, kRight, 0),
+    },
+    ColourRows(kNumber, 1));
+
+}  // namespace
+
+StyleEntry WaveletStyle() {
+  return {"Wavelet", kNumber, kPage, nullptr, &BackgroundQuery<kNumber>};
+}
+
+}  // namespace tess
