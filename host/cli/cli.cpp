@@ -3,6 +3,7 @@
 // command becomes a message and exit code 1.
 #include "host/cli/cli.h"
 
+#include <cstdio>
 #include <exception>
 #include <iostream>
 #include <new>
