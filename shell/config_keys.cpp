@@ -398,7 +398,7 @@ constexpr bool StyleKeysInOneRun() {
     if (i == kLeadingGeneralKeyCount && style != 0) return false;
     previous = style;
   }
-  return previous == kStyleCount - 1;
+  return previous == kStyleNumberCount - 1;
 }
 
 static_assert(std::size(kTable) == kConfigKeyCount);
@@ -420,7 +420,7 @@ int FindConfigKey(std::string_view name) {
 }
 
 int StyleKeyIndex(int style, std::string_view param) {
-  if (style < 0 || style >= kStyleCount || param.empty()) return -1;
+  if (style < 0 || style >= kStyleNumberCount || param.empty()) return -1;
   for (int i = kLeadingGeneralKeyCount; i < kLeadingGeneralKeyCount + kStyleKeyCount; ++i) {
     std::string_view name = kTable[i].name;
     if (StyleOf(name) == style && name.substr(8) == param) return i;

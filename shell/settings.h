@@ -12,8 +12,6 @@
 #include <string>
 #include <string_view>
 
-#include "styles/style.h"  // kStyleCount: the style table and the keys agree on it
-
 namespace tess {
 
 // Kind flags of a descriptor. kKindDither rides along with kKindNumber on the
@@ -46,6 +44,8 @@ struct ConfigKey {
 
 constexpr int kConfigKeyCount = 303;
 constexpr int kStyleKeyCount = 276;
+// Style numbers 000..019 that own keys; the style table has one entry for each.
+constexpr int kStyleNumberCount = 20;
 constexpr size_t kSettingTextMax = 260;
 
 // The descriptor table in file order.

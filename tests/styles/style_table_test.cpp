@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "shell/settings.h"
 #include "styles/page_layout.h"
 #include "styles/style_table.h"
 
@@ -29,6 +30,7 @@ TEST(StyleTable, OrderNamesAndNumbersArePinned) {
   };
   std::span<const StyleEntry> table = StyleTable();
   ASSERT_EQ(table.size(), size_t{kStyleCount});
+  static_assert(kStyleCount == kStyleNumberCount, "one style table entry per StyleNNN key group");
   for (int i = 0; i < kStyleCount; ++i) {
     EXPECT_STREQ(table[i].name, expected[i].first) << "index " << i;
     EXPECT_EQ(table[i].number, expected[i].second) << table[i].name;

@@ -1,0 +1,321 @@
+// Pixel operations against plain per-pixel references written from their
+// definitions (through ImageGetPixel/ImageSetPixel), at odd sizes, every depth
+// that applies, and positions before, inside and far past the tile.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstring>
+#include <vector>
+
+#include "styles/draw.h"
+#include "tests/support/test_support.h"
+
+namespace tess {
+namespace {
+
+using testing::NoiseImage;
+using testing::Pixels;
+
+int32_t RefWrap(int64_t c, int32_t n) { return static_cast<int32_t>(((c % n) + n) % n); }
+
+uint32_t Channel(Colour c, int shift) { return (c >> shift) & 0xFF; }
+
+void RefMaskBlend(ImageBlock& t, const ImageBlock& m, int x, int y, Colour colour, int opacity) {
+  for (int sy = 0; sy < m.height(); ++sy)
+    for (int sx = 0; sx < m.width(); ++sx) {
+      int tx = RefWrap(int64_t{x} + sx, t.width()), ty = RefWrap(int64_t{y} + sy, t.height());
+      uint32_t a = Channel(ImageGetPixel(m, sx, sy), 16);
+      if (opacity != 255) a = a * opacity / 255;
+      Colour d = ImageGetPixel(t, tx, ty), out = d & 0xFF000000u;
+      for (int s = 0; s < 24; s += 8)
+        out |= (Channel(colour, s) * a / 255 + Channel(d, s) * (255 - a) / 255) << s;
+      ImageSetPixel(t, tx, ty, out);
+    }
+}
+
+void RefAlphaBlit(ImageBlock& t, const ImageBlock& sprite, int x, int y) {
+  for (int sy = 0; sy < sprite.height(); ++sy)
+    for (int sx = 0; sx < sprite.width(); ++sx) {
+      int tx = RefWrap(int64_t{x} + sx, t.width()), ty = RefWrap(int64_t{y} + sy, t.height());
+      Colour s = ImageGetPixel(sprite, sx, sy), d = ImageGetPixel(t, tx, ty);
+      uint32_t a = s >> 24;
+      Colour out = d & 0xFF000000u;
+      for (int k = 0; k < 24; k += 8)
+        out |= (Channel(s, k) * a / 255 + Channel(d, k) * (255 - a) / 255) << k;
+      ImageSetPixel(t, tx, ty, out);
+    }
+}
+
+// A picture of the given depth with varied values (noise, plus a 32-bit top byte).
+ImageBlock Picture(int w, int h, int bits, uint32_t seed) {
+  ImageBlock noise = NoiseImage(w, h, seed);
+  if (bits == 24) return noise;
+  ImageBlock out = ImageCreate(w, h, nullptr, bits);
+  int levels = bits >= 8 ? 256 : 1 << bits;
+  for (int y = 0; y < h; ++y)
+    for (int x = 0; x < w; ++x) {
+      Colour c = ImageGetPixel(noise, x, y);
+      ImageSetPixel(out, x, y, bits == 32 ? c | (c << 24 & 0xFF000000u) : c % levels);
+    }
+  return out;
+}
+
+const std::vector<std::pair<int, int>> kPositions = {
+    {0, 0}, {-1, -1}, {5, 3}, {-40, -30}, {36, 22}, {1000, -1001}, {INT_MIN, INT_MAX}, {-37, 23}};
+
+TEST(Wrap, FoldsEveryCoordinateIntoTheTile) {
+  EXPECT_EQ(WrapIndex(-1, 10), 9);
+  EXPECT_EQ(WrapIndex(-10, 10), 0);
+  EXPECT_EQ(WrapIndex(-20, 10), 0);
+  EXPECT_EQ(WrapIndex(10, 10), 0);
+  EXPECT_EQ(WrapIndex(INT64_MIN + 1, 7), RefWrap(INT64_MIN + 1, 7));
+  for (int64_t c = -50; c <= 50; ++c) EXPECT_EQ(WrapIndex(c, 7), RefWrap(c, 7)) << c;
+}
+
+TEST(MaskBlend, MatchesReferenceAtAnyPositionSizeAndDepth) {
+  for (int target_bits : {24, 32, 8})  // 8 bits goes pixel by pixel
+    for (int mask_bits : {24, 32})
+      for (auto [mw, mh] : {std::pair{13, 9}, {37, 23}, {80, 51}})
+        for (auto [x, y] : kPositions)
+          for (int opacity : {255, 200, 1}) {
+            ImageBlock fast = Picture(37, 23, target_bits, 1), ref = Picture(37, 23, target_bits, 1);
+            ImageBlock mask = Picture(mw, mh, mask_bits, 2);
+            MaskBlendWrap(fast, mask, x, y, 0x00C08040, opacity);
+            RefMaskBlend(ref, mask, x, y, 0x00C08040, opacity);
+            ASSERT_EQ(Pixels(fast), Pixels(ref)) << target_bits << "/" << mask_bits << " " << mw
+                                                 << "x" << mh << " at " << x << "," << y << " op "
+                                                 << opacity;
+          }
+}
+
+TEST(MaskBlend, FirstPixelAtMinusOneLandsBottomRight) {
+  ImageBlock tile = SolidImage({0, 0, 6, 5}, 0);
+  ImageBlock mask = ImageCreate(2, 2, nullptr, 24);
+  ImageSetPixel(mask, 0, 0, 0x00FF0000);  // blue byte only: the green and red bytes are ignored
+  MaskBlendWrap(tile, mask, -1, -1, 0x00123456, 255);
+  EXPECT_EQ(ImageGetPixel(tile, 5, 4), 0x00123456u);
+  int painted = 0;
+  for (Colour c : Pixels(tile)) painted += c != 0;
+  EXPECT_EQ(painted, 1);
+}
+
+TEST(MaskBlend, FullCoverageIsExactNoneLeavesTheTarget) {
+  ImageBlock tile = NoiseImage(5, 3, 9), before = DuplicateGlobalBlock(tile);
+  ImageBlock none = ImageCreate(5, 3, nullptr, 24);
+  MaskBlendWrap(tile, none, 2, 1, 0x00ABCDEF, 255);
+  EXPECT_EQ(Pixels(tile), Pixels(before));
+  ImageBlock full = SolidImage({0, 0, 5, 3}, 0x00FF0000);
+  MaskBlendWrap(tile, full, 2, 1, 0x00ABCDEF, 255);
+  for (Colour c : Pixels(tile)) EXPECT_EQ(c, 0x00ABCDEFu);
+  MaskBlendWrap(tile, full, 0, 0, 0x00000000, 0);  // opacity 0 covers nothing
+  for (Colour c : Pixels(tile)) EXPECT_EQ(c, 0x00ABCDEFu);
+}
+
+TEST(MaskBlend, AMaskWiderThanTheTileLandsOnItselfInOrder) {
+  ImageBlock tile = SolidImage({0, 0, 1, 1}, 0x00C8C8C8);
+  ImageBlock mask = ImageCreate(2, 1, nullptr, 24);
+  ImageSetPixel(mask, 0, 0, 0x00FF0000);
+  ImageSetPixel(mask, 1, 0, 0x00800000);
+  MaskBlendWrap(tile, mask, 0, 0, 0x00000064, 255);
+  // The first pixel writes (100, 0, 0) exactly; the second blends over it:
+  // red 100*128/255 + 100*127/255 = 50 + 49, the rest stays 0.
+  EXPECT_EQ(ImageGetPixel(tile, 0, 0), MakeColour(99, 0, 0));
+}
+
+TEST(AlphaBlit, MatchesReferenceAndAttachMaskComposesToTheMaskBlend) {
+  for (int target_bits : {24, 32})
+    for (auto [x, y] : kPositions) {
+      ImageBlock fast = Picture(37, 23, target_bits, 3), ref = Picture(37, 23, target_bits, 3);
+      ImageBlock sprite = Picture(41, 17, 32, 4);
+      AlphaBlitWrap(fast, sprite, x, y);
+      RefAlphaBlit(ref, sprite, x, y);
+      ASSERT_EQ(Pixels(fast), Pixels(ref)) << target_bits << " at " << x << "," << y;
+    }
+  // A solid colour with a mask attached blits like the mask blend of that colour.
+  ImageBlock mask = NoiseImage(19, 11, 5);
+  ImageBlock sprite = AttachMask(SolidImage({0, 0, 19, 11}, 0x00405060), mask);
+  ImageBlock a = NoiseImage(16, 16, 6), b = NoiseImage(16, 16, 6);
+  AlphaBlitWrap(a, sprite, -3, 9);
+  MaskBlendWrap(b, mask, -3, 9, 0x00405060, 255);
+  EXPECT_EQ(Pixels(a), Pixels(b));
+}
+
+TEST(AttachMask, TakesLowBytesFromTheColourAndTopByteFromTheMaskBlue) {
+  ImageBlock colour = Picture(7, 5, 32, 8), mask = NoiseImage(7, 5, 9);
+  ImageBlock small_mask = NoiseImage(3, 5, 9);
+  ImageBlock out = AttachMask(colour, mask), clipped = AttachMask(colour, small_mask);
+  ASSERT_TRUE(out && clipped);
+  EXPECT_EQ(out.bits(), 32);
+  for (int y = 0; y < 5; ++y)
+    for (int x = 0; x < 7; ++x) {
+      Colour low = ImageGetPixel(colour, x, y) & 0x00FFFFFF;
+      EXPECT_EQ(ImageGetPixel(out, x, y), low | Channel(ImageGetPixel(mask, x, y), 16) << 24);
+      // Outside a smaller mask the reading is "no colour", whose blue byte is 255.
+      Colour top = x < 3 ? Channel(ImageGetPixel(small_mask, x, y), 16) : 255;
+      EXPECT_EQ(ImageGetPixel(clipped, x, y), low | top << 24);
+    }
+  AllocFailureScope fail(0);
+  EXPECT_FALSE(AttachMask(colour, mask));
+}
+
+TEST(ColourMix, DividesOnceAndKeepsTheEnds) {
+  EXPECT_EQ(ColourMix(0x00123456, 0x00ABCDEF, 255), 0x00123456u);
+  EXPECT_EQ(ColourMix(0x00123456, 0x00ABCDEF, 0), 0x00ABCDEFu);
+  EXPECT_EQ(ColourMix(0xFF010101, 0xFF010101, 128), 0x00010101u);  // two divisions would give 0
+  EXPECT_EQ(ColourMix(0x000000FF, 0, 128), 0x00000080u);
+}
+
+// ---- Rolls and turns --------------------------------------------------------
+
+TEST(Roll, AllFourDirectionsMatchTheirDefinitionsAtEveryDepth) {
+  for (int bits : {1, 4, 8, 24, 32})
+    for (int n : {0, 1, -1, 5, 36, -61, INT_MIN, INT_MAX}) {
+      ImageBlock src = Picture(37, 23, bits, 10);
+      ImageBlock down = RollDown(src, n), up = RollUp(src, n);
+      ImageBlock right = RollRight(src, n), left = RollLeft(src, n);
+      ASSERT_TRUE(down && up && right && left);
+      for (int y = 0; y < 23; ++y)
+        for (int x = 0; x < 37; ++x) {
+          auto at = [&](int64_t sx, int64_t sy) { return ImageGetPixel(src, RefWrap(sx, 37), RefWrap(sy, 23)); };
+          ASSERT_EQ(ImageGetPixel(down, x, y), at(x, int64_t{y} - n)) << bits << " " << n;
+          ASSERT_EQ(ImageGetPixel(up, x, y), at(x, int64_t{y} + n)) << bits << " " << n;
+          ASSERT_EQ(ImageGetPixel(right, x, y), at(int64_t{x} - n, y)) << bits << " " << n;
+          ASSERT_EQ(ImageGetPixel(left, x, y), at(int64_t{x} + n, y)) << bits << " " << n;
+        }
+    }
+}
+
+TEST(Roll, ByZeroIsADistinctIdenticalBlockWithTheColourTable) {
+  uint8_t palette[kPaletteBytes];
+  for (size_t i = 0; i < kPaletteBytes; ++i) palette[i] = static_cast<uint8_t>(i * 7);
+  ImageBlock src = ImageCreate(9, 4, palette, 8);
+  ImageSetPixel(src, 3, 2, 200);
+  ImageBlock copy = RollRight(src, 0);
+  ASSERT_TRUE(copy);
+  EXPECT_NE(copy.data(), src.data());
+  ASSERT_EQ(copy.size(), src.size());
+  EXPECT_EQ(0, std::memcmp(copy.data(), src.data(), src.size()));
+  AllocFailureScope fail(0);
+  EXPECT_FALSE(RollDown(src, 1));
+}
+
+TEST(Turn, SendsPixelsWhereDefinedAndBackAgain) {
+  for (int bits : {1, 4, 8, 24, 32}) {
+    ImageBlock src = Picture(13, 6, bits, 11);
+    ImageBlock left = TurnAnticlockwise(src), right = TurnClockwise(src);
+    ASSERT_TRUE(left && right);
+    EXPECT_EQ(left.width(), 6);
+    EXPECT_EQ(left.height(), 13);
+    for (int y = 0; y < 6; ++y)
+      for (int x = 0; x < 13; ++x) {
+        ASSERT_EQ(ImageGetPixel(left, y, 12 - x), ImageGetPixel(src, x, y)) << bits;
+        ASSERT_EQ(ImageGetPixel(right, 5 - y, x), ImageGetPixel(src, x, y)) << bits;
+      }
+    ImageBlock back = TurnClockwise(left);
+    ASSERT_EQ(back.size(), src.size());
+    EXPECT_EQ(0, std::memcmp(back.data(), src.data(), src.size())) << bits;
+  }
+}
+
+// ---- Scaling ----------------------------------------------------------------
+
+// One axis at a time, from the definition: spans from the previous end to
+// (j + 1) * 100 / p, clamped; every byte of the value averaged.
+ImageBlock RefScaleAxis(const ImageBlock& src, int p, bool horizontal) {
+  if (p == 100) return DuplicateGlobalBlock(src);
+  int len = horizontal ? src.width() : src.height();
+  int out_len = static_cast<int>(int64_t{len} * p / 100);
+  ImageBlock out = ImageCreate(horizontal ? out_len : src.width(), horizontal ? src.height() : out_len,
+                               nullptr, src.bits());
+  if (src.bits() <= 8)
+    std::memcpy(out.colour_table(), src.colour_table(), 4 * size_t(src.colour_table_entries()));
+  int across = horizontal ? src.height() : src.width();
+  int previous = 0;
+  for (int j = 0; j < out_len; ++j) {
+    int start = previous, end = p < 100 ? std::min((j + 1) * 100 / p, len) : 0;
+    if (p < 100) previous = end;
+    for (int i = 0; i < across; ++i) {
+      Colour value = 0;
+      if (p > 100) {
+        int k = std::min(j * 100 / p, len - 1);
+        value = horizontal ? ImageGetPixel(src, k, i) : ImageGetPixel(src, i, k);
+      } else {
+        for (int shift = 0; shift < 32; shift += 8) {
+          uint32_t sum = 0;
+          for (int k = start; k < end; ++k)
+            sum += Channel(horizontal ? ImageGetPixel(src, k, i) : ImageGetPixel(src, i, k), shift);
+          value |= (sum / std::max(end - start, 1)) << shift;
+        }
+      }
+      if (horizontal)
+        ImageSetPixel(out, j, i, value);
+      else
+        ImageSetPixel(out, i, j, value);
+    }
+  }
+  return out;
+}
+
+TEST(Scale, ReductionUsesTheDefinedSpans) {
+  ImageBlock src = ImageCreate(5, 1, nullptr, 24);
+  const Colour cols[] = {10, 20, 31, 40, 250};
+  for (int x = 0; x < 5; ++x) ImageSetPixel(src, x, 0, MakeColour(cols[x], 0, 255));
+  ImageBlock half = ScaleByPercent(src, 50, 100);
+  ASSERT_TRUE(half);
+  ASSERT_EQ(half.width(), 2);
+  EXPECT_EQ(ImageGetPixel(half, 0, 0), MakeColour(15, 0, 255));  // columns 0 and 1
+  EXPECT_EQ(ImageGetPixel(half, 1, 0), MakeColour(35, 0, 255));  // columns 2 and 3, 71 / 2
+}
+
+TEST(Scale, MatchesReferenceAtEveryDepthAndPercent) {
+  for (int bits : {1, 4, 8, 24, 32})
+    for (auto [hp, vp] : {std::pair{25, 25}, {50, 50}, {33, 70}, {1, 99}, {100, 37}, {50, 100},
+                          {200, 150}, {130, 40}}) {
+      ImageBlock src = Picture(131, 103, bits, 12);
+      ImageBlock got = ScaleByPercent(src, hp, vp);
+      ImageBlock want = RefScaleAxis(RefScaleAxis(src, hp, true), vp, false);
+      ASSERT_TRUE(got) << bits << " " << hp << "," << vp;
+      ASSERT_EQ(got.size(), want.size()) << bits << " " << hp << "," << vp;
+      EXPECT_EQ(0, std::memcmp(got.data(), want.data(), got.size())) << bits << " " << hp << "," << vp;
+    }
+  // Full spans of 255 (the largest sums) divide back to 255.
+  ImageBlock white = SolidImage({0, 0, 300, 200}, 0x00FFFFFF);
+  for (Colour c : Pixels(ScaleByPercent(white, 1, 1))) EXPECT_EQ(c, 0x00FFFFFFu);
+}
+
+TEST(Scale, HundredPercentIsACopyAndBadRequestsFail) {
+  ImageBlock src = NoiseImage(7, 5, 13);
+  ImageBlock copy = ScaleByPercent(src, 100, 100);
+  ASSERT_TRUE(copy);
+  EXPECT_NE(copy.data(), src.data());
+  EXPECT_EQ(Pixels(copy), Pixels(src));
+  EXPECT_FALSE(ScaleByPercent(src, 0, 50));
+  EXPECT_FALSE(ScaleByPercent(src, 50, -1));
+  EXPECT_FALSE(ScaleByPercent(src, 10, 100));  // 7 * 10 / 100 = 0 columns
+  EXPECT_FALSE(ScaleByPercent(ImageBlock(), 50, 50));
+}
+
+TEST(Scale, EveryAllocationFailureGivesNull) {
+  ImageBlock src = NoiseImage(64, 48, 14);
+  for (long fail_at = 0;; ++fail_at) {
+    AllocFailureScope fail(fail_at);
+    ImageBlock out = ScaleByPercent(src, 25, 50);
+    if (fail.Count() <= fail_at) {
+      EXPECT_TRUE(out);
+      break;
+    }
+    EXPECT_FALSE(out) << "allocation " << fail_at;
+  }
+}
+
+TEST(SolidImage, FillsTheRectangleSize) {
+  ImageBlock image = SolidImage({3, 4, 10, 7}, 0x00010203);
+  ASSERT_TRUE(image);
+  EXPECT_EQ(image.width(), 7);
+  EXPECT_EQ(image.height(), 3);
+  for (Colour c : Pixels(image)) EXPECT_EQ(c, 0x00010203u);
+  EXPECT_FALSE(SolidImage({5, 5, 5, 9}, 0));
+}
+
+}  // namespace
+}  // namespace tess
