@@ -19,7 +19,6 @@ namespace tess::cli {
 void CliReporter::ShowMessage(std::string_view text) {
   if (m_progress) m_progress->Clear();
   m_err << "tessarine: " << text << '\n' << std::flush;
-  ++m_count;
 }
 
 namespace {

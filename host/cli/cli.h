@@ -40,12 +40,10 @@ class CliReporter final : public Reporter {
  public:
   CliReporter(std::ostream& err, ProgressBar* progress) : m_err(err), m_progress(progress) {}
   void ShowMessage(std::string_view text) override;
-  int count() const { return m_count; }
 
  private:
   std::ostream& m_err;
   ProgressBar* m_progress;
-  int m_count = 0;
 };
 
 }  // namespace tess::cli

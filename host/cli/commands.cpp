@@ -38,6 +38,13 @@ int Report(CliEnvironment& env, int code, const std::string& message) {
   return Report(env, Failure{code, message});
 }
 
+// A GIF is renamed into place when complete, which a pipe cannot do.
+bool OutputIsUsable(const CliArgs& args, Failure* failure) {
+  if (!args.output || *args.output != "-") return true;
+  *failure = Failure{kExitUsage, "cannot write the GIF to standard output; give a file name with -o"};
+  return false;
+}
+
 // The settings of one run: defaults, the configuration file, then the options.
 bool PrepareSettings(const CliArgs& args, CliEnvironment& env, const ConfigPlan& plan,
                      Settings& settings, SessionChoices* session, Failure* failure) {
@@ -45,6 +52,7 @@ bool PrepareSettings(const CliArgs& args, CliEnvironment& env, const ConfigPlan&
     *failure = Failure{kExitUsage, "documents (--doc) are not supported yet"};
     return false;
   }
+  if (!OutputIsUsable(args, failure)) return false;
   if (!LoadConfig(plan, settings, env.platform, failure)) return false;
   return ApplyBuildOptions(args, settings, env.styles, session, failure);
 }

@@ -368,6 +368,7 @@ TEST_F(CliTest, UsageErrorsExitWithTwoAndWriteNothing) {
            {{"render", "--delay", "0", "-o", out}, "bad delay '0'"},
            {{"render", "--palette", "9", "-o", out}, "unknown palette '9'"},
            {{"render", "--doc", "night.ts1", "-o", out}, "documents (--doc) are not supported yet"},
+           {{"render", "-o", "-"}, "cannot write the GIF to standard output"},
            {{"frobnicate"}, "unknown command 'frobnicate'"},
        }) {
     Result r = Run(c.words);

@@ -4,7 +4,7 @@
 # checks exit codes; when ImageMagick's identify is on PATH it must agree on
 # frame count and size.
 set -euo pipefail
-bin=$1
+bin=$(cd "$(dirname "$1")" && pwd)/$(basename "$1")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export TESSARINE_APPDATA="$work/appdata"
