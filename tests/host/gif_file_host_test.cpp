@@ -239,10 +239,5 @@ TEST(GifFileHost, StatusAndProgressReachTheBar) {
   EXPECT_NE(err.str().find(FormatProgressLine("Remapping", 3, 4)), std::string::npos);
 }
 
-TEST(GifFileHost, TemporaryNameIsHiddenBesideTheOutput) {
-  EXPECT_EQ(TemporaryPathBeside("/a/b/out.gif", 0xBEEF), "/a/b/.out.gif.0000beef.part");
-  EXPECT_EQ(TemporaryPathBeside("out.gif", 1), ".out.gif.00000001.part");
-}
-
 }  // namespace
 }  // namespace tess::cli

@@ -78,16 +78,5 @@ TEST(Ppm, RefusalsSayWhatIsWrong) {
   EXPECT_EQ(ErrorOf(two).rfind("image 2: ", 0), 0u);
 }
 
-TEST(Ppm, ConsumedStopsAtTheLastPixel) {
-  std::vector<uint8_t> bytes = Bytes("P6 1 1 255\n", {9, 8, 7});
-  bytes.push_back('P');
-  ImageBlock image;
-  size_t consumed = 0;
-  std::string error;
-  ASSERT_TRUE(ParsePpm(bytes.data(), bytes.size(), &image, &consumed, &error));
-  EXPECT_EQ(consumed, bytes.size() - 1);
-  EXPECT_EQ(ImageGetPixel(image, 0, 0), MakeColour(9, 8, 7));
-}
-
 }  // namespace
 }  // namespace tess::cli
