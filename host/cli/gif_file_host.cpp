@@ -264,7 +264,8 @@ int32_t GifFileHost::Call(HostHandle object, int32_t command, intptr_t param, vo
 }
 
 int32_t GifFileHost::CreateTask(const void* data) {
-  if (m_file || !data) return Refuse("a file object is already open");
+  if (m_file) return Refuse("a file object is already open");
+  if (!data) return Refuse("a file object was asked for without a task record");
   TaskRecord task;
   std::memcpy(&task, data, sizeof task);
   auto file = std::make_unique<File>(task);
