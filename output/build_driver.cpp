@@ -107,6 +107,9 @@ class WaitCursor {
 class Build {
  public:
   Build(const BuildContext& context, BuildMode mode) : m_c(context), m_mode(mode) {}
+  // Frames made elsewhere take the place of the style's rendering.
+  Build(const BuildContext& context, BuildMode mode, FrameList&& frames)
+      : m_c(context), m_mode(mode), m_given_frames(true), m_frames(std::move(frames)) {}
   bool Run();
 
  private:
@@ -144,6 +147,7 @@ class Build {
   int m_super_index = -1;
   int32_t m_max_width = 0;
   int32_t m_max_height = 0;
+  bool m_given_frames = false;
   FrameList m_frames;
 };
 
@@ -165,8 +169,12 @@ bool Build::Run() {
 void Build::Prepare() {
   int style_count = static_cast<int>(m_c.styles.size());
   m_s = ReadOutputSettings(m_c.dialog, m_mode, style_count);
-  m_style = style_count > 0 ? &m_c.styles[static_cast<size_t>(m_s.effect)] : nullptr;
+  m_style = style_count > 0 && !m_given_frames ? &m_c.styles[static_cast<size_t>(m_s.effect)] : nullptr;
   m_bg = ResolveOutputSettings(m_s, m_style, m_c.dialog);
+  if (m_given_frames) {
+    m_s.mask_background = false;
+    m_s.transparent_background = false;
+  }
   // Searching only the palette's own entries gives the same picks as all 256:
   // the zero entries past it are black, as entry 0 of every fixed palette is,
   // and ties go to the lower index.
@@ -199,7 +207,7 @@ bool Build::Quantize() {
     entry[1] = ColourGreen(m_bg);
     entry[2] = ColourBlue(m_bg);
   };
-  if (!m_s.mask_background) {
+  if (!m_s.mask_background && !m_given_frames) {
     // The background must come out exactly, or the tile shows a seam of
     // near-background pixels where the host or browser fills around it.
     if (n < 254) {
@@ -341,7 +349,8 @@ bool Build::DeliverToHost() {
 
 bool Build::WritePreview() {
   Platform& platform = m_c.platform;
-  std::string folder = PluginDataPath(platform, "");
+  std::string folder = m_c.options.preview_folder.empty() ? PluginDataPath(platform, "")
+                                                         : m_c.options.preview_folder;
   PreviewWriter writer;
   std::string page = writer.Open(folder, m_max_width, m_max_height, m_palette, m_bits,
                                  platform.PathSeparator());
@@ -361,17 +370,31 @@ bool Build::WritePreview() {
 
 }  // namespace
 
-bool RunBuild(const BuildContext& context, BuildMode mode) {
+namespace {
+
+// Both entry points: the wait cursor for the whole build, and the one place an
+// exception from the engine's own containers becomes the product's message.
+template <class MakeBuild>
+bool RunGuarded(const BuildContext& context, MakeBuild make) {
   WaitCursor wait(context.front_end);
   try {
-    Build build(context, mode);
+    Build build = make();
     return build.Run();
   } catch (const std::bad_alloc&) {
-    // Only the engine's own containers throw, and none of them while a file
-    // object is open in the host.
+    // None of them throws while a file object is open in the host.
     context.reporter.ShowMessage(StringText(kStrMemoryError));
     return false;
   }
+}
+
+}  // namespace
+
+bool RunBuild(const BuildContext& context, BuildMode mode) {
+  return RunGuarded(context, [&] { return Build(context, mode); });
+}
+
+bool RunOutputBuild(const BuildContext& context, BuildMode mode, FrameList frames) {
+  return RunGuarded(context, [&] { return Build(context, mode, std::move(frames)); });
 }
 
 }  // namespace tess

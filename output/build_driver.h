@@ -37,6 +37,8 @@ struct BuildOptions {
   std::string web_address = "https://www.brindlewood.example/";
   // The host record's capability flags (kHostCapOptimise, kHostCapTrueColour).
   uint32_t host_capabilities = 0;
+  // Where "Preview" writes its two files; empty for the plug-in's data folder.
+  std::string preview_folder;
 };
 
 // What the build asks of the front end while it runs. The defaults do
@@ -91,5 +93,12 @@ std::string BuildComment(std::string_view web_address);
 
 // Runs one build. True on success; false after one message to the reporter.
 bool RunBuild(const BuildContext& context, BuildMode mode);
+
+// The output half of a build for frames made elsewhere (the command line's
+// "encode"): palette, supercompression, remapping and delivery run on
+// `frames` (true colour, each with its delay) exactly as after a style has
+// rendered. No style is asked anything, so there is no background colour to
+// make exact in an adaptive palette, to mask or to make transparent.
+bool RunOutputBuild(const BuildContext& context, BuildMode mode, FrameList frames);
 
 }  // namespace tess

@@ -1,0 +1,406 @@
+// Settings for one command-line run.
+//
+// Sections: configuration file · names · values and --set · build options ·
+// reading the dialog.
+#include "host/cli/cli_settings.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <filesystem>
+#include <optional>
+#include <system_error>
+
+#include "shell/config_file.h"
+#include "shell/main_dialog_ids.h"
+#include "shell/paths.h"
+#include "shell/strings.h"
+#include "styles/settings_reader.h"
+#include "styles/style_table.h"
+
+namespace tess::cli {
+namespace {
+
+bool SameIgnoringCase(std::string_view a, std::string_view b) {
+  return a.size() == b.size() &&
+         std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+           return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+         });
+}
+
+Failure Usage(std::string message) { return Failure{kExitUsage, std::move(message)}; }
+
+// Decimal, or hexadecimal after "0x"; an optional sign. Nothing may follow.
+std::optional<int64_t> ParseInteger(std::string_view text) {
+  bool negative = false;
+  if (!text.empty() && (text[0] == '-' || text[0] == '+')) {
+    negative = text[0] == '-';
+    text.remove_prefix(1);
+  }
+  int base = 10;
+  if (text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X')) {
+    base = 16;
+    text.remove_prefix(2);
+  }
+  if (text.empty()) return std::nullopt;
+  uint64_t value = 0;
+  auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value, base);
+  if (ec != std::errc() || end != text.data() + text.size() || value > 0xFFFFFFFFull)
+    return std::nullopt;
+  return negative ? -static_cast<int64_t>(value) : static_cast<int64_t>(value);
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------- configuration file
+
+ConfigPlan PlanConfig(const CliArgs& args, Platform& platform) {
+  ConfigPlan plan;
+  plan.explicit_path = args.config.has_value();
+  plan.path = args.config ? *args.config : ConfigFilePath(platform);
+  plan.read = !args.no_config;
+  plan.save = args.save;
+  return plan;
+}
+
+bool LoadConfig(const ConfigPlan& plan, Settings& settings, Platform& platform, Failure* failure) {
+  if (!plan.read || plan.path.empty()) return true;
+  std::error_code ec;
+  bool exists = std::filesystem::exists(plan.path, ec);
+  if (!exists && (!plan.explicit_path || plan.save)) return true;
+  if (!exists || !ReadSettings(plan.path, settings, platform)) {
+    *failure = Failure{kExitFailure, "cannot read configuration file '" + plan.path + "'" +
+                                         (exists ? "" : ": no such file")};
+    return false;
+  }
+  return true;
+}
+
+bool SaveConfig(const ConfigPlan& plan, const Settings& settings, Platform& platform,
+                Failure* failure) {
+  if (plan.path.empty()) {
+    *failure = Failure{kExitFailure, "no folder for the configuration file; use --config FILE"};
+    return false;
+  }
+  std::filesystem::path parent = std::filesystem::path(plan.path).parent_path();
+  if (!parent.empty()) EnsureFolderExists(parent.string());
+  if (!WriteSettings(plan.path, settings, platform)) {
+    *failure = Failure{kExitFailure, "cannot write configuration file '" + plan.path + "'"};
+    return false;
+  }
+  return true;
+}
+
+// ---------------------------------------------------------------- names
+
+int FindEffect(std::string_view text, std::span<const StyleEntry> styles) {
+  if (auto index = ParseInteger(text); index && !text.starts_with("0x"))
+    return *index >= 0 && *index < static_cast<int64_t>(styles.size()) ? static_cast<int>(*index) : -1;
+  std::string wanted(text);
+  std::replace(wanted.begin(), wanted.end(), '-', ' ');
+  std::replace(wanted.begin(), wanted.end(), '_', ' ');
+  for (size_t i = 0; i < styles.size(); ++i)
+    if (SameIgnoringCase(styles[i].name, wanted)) return static_cast<int>(i);
+  return -1;
+}
+
+bool FindPalette(std::string_view text, int* choice, bool* adaptive) {
+  if (SameIgnoringCase(text, "adaptive") || SameIgnoringCase(text, "custom")) {
+    *adaptive = true;
+    return true;
+  }
+  if (auto index = ParseInteger(text)) {
+    if (*index < 0 || *index >= kPaletteNameCount) return false;
+    *choice = static_cast<int>(*index);
+    return true;
+  }
+  for (int i = 0; i < kPaletteNameCount; ++i) {
+    if (SameIgnoringCase(PaletteName(i), text)) {
+      *choice = i;
+      return true;
+    }
+  }
+  return false;
+}
+
+int SelectedEffect(const Settings& settings, std::span<const StyleEntry> styles) {
+  if (styles.empty()) return -1;
+  return std::clamp(settings.Number(Key::MainEffect), 0, static_cast<int>(styles.size()) - 1);
+}
+
+// ---------------------------------------------------------------- values and --set
+
+namespace {
+
+// A key resolved to its table index and, when a page control edits it, that
+// control.
+struct SetTarget {
+  int index = -1;
+  const PageControl* control = nullptr;
+};
+
+const StyleEntry* StyleWithNumber(std::span<const StyleEntry> styles, int number) {
+  for (const StyleEntry& entry : styles)
+    if (entry.number == number) return &entry;
+  return nullptr;
+}
+
+// "Style" + three digits + suffix: the page control of that style bound to the suffix.
+const PageControl* ControlOfStyleKey(std::string_view key, std::span<const StyleEntry> styles) {
+  if (key.size() <= 8 || !SameIgnoringCase(key.substr(0, 5), "Style")) return nullptr;
+  int number = 0;
+  for (size_t i = 5; i < 8; ++i) {
+    if (!std::isdigit(static_cast<unsigned char>(key[i]))) return nullptr;
+    number = number * 10 + (key[i] - '0');
+  }
+  const StyleEntry* style = StyleWithNumber(styles, number);
+  return style ? FindPageControlByKey(*style, key.substr(8)) : nullptr;
+}
+
+bool FindSetTarget(std::string_view key, const Settings& settings,
+                   std::span<const StyleEntry> styles, SetTarget* target, Failure* failure) {
+  std::span<const ConfigKey> keys = ConfigKeys();
+  for (size_t i = 0; i < keys.size(); ++i) {
+    if (SameIgnoringCase(keys[i].name, key)) {
+      target->index = static_cast<int>(i);
+      target->control = ControlOfStyleKey(keys[i].name, styles);
+      return true;
+    }
+  }
+  int effect = SelectedEffect(settings, styles);
+  if (effect >= 0) {
+    const StyleEntry& style = styles[static_cast<size_t>(effect)];
+    if (const PageControl* control = FindPageControlByKey(style, key)) {
+      target->index = StyleKeyIndex(style.number, control->key);
+      target->control = control;
+      if (target->index >= 0) return true;
+    }
+    *failure = Usage("unknown setting '" + std::string(key) + "' (not a configuration key nor a key of " +
+                     style.name + "; see 'tessarine list " + std::to_string(effect) + "')");
+    return false;
+  }
+  *failure = Usage("unknown setting '" + std::string(key) + "'");
+  return false;
+}
+
+std::optional<int32_t> ParseSwitch(std::string_view text) {
+  for (std::string_view on : {"1", "on", "yes", "true"})
+    if (SameIgnoringCase(text, on)) return 1;
+  for (std::string_view off : {"0", "off", "no", "false"})
+    if (SameIgnoringCase(text, off)) return 0;
+  return std::nullopt;
+}
+
+// "#RRGGBB" keeps the stored top byte, which belongs to a fill description.
+std::optional<int32_t> ParseColour(std::string_view text, int32_t stored) {
+  if (text.size() == 7 && text[0] == '#') {
+    uint32_t rgb = 0;
+    auto [end, ec] = std::from_chars(text.data() + 1, text.data() + 7, rgb, 16);
+    if (ec != std::errc() || end != text.data() + 7) return std::nullopt;
+    Colour colour = MakeColour(rgb >> 16, rgb >> 8, rgb);
+    return static_cast<int32_t>((static_cast<uint32_t>(stored) & 0xFF000000u) | colour);
+  }
+  auto value = ParseInteger(text);
+  if (!value || *value < INT32_MIN) return std::nullopt;
+  return static_cast<int32_t>(static_cast<uint32_t>(*value));
+}
+
+std::optional<int32_t> ParseInRange(std::string_view text, int64_t min, int64_t max) {
+  auto value = ParseInteger(text);
+  if (!value || *value < min || *value > max) return std::nullopt;
+  return static_cast<int32_t>(*value);
+}
+
+std::string RangeText(int64_t min, int64_t max) {
+  return "a whole number from " + std::to_string(min) + " to " + std::to_string(max);
+}
+
+// The items of a drop-down, separated by ';'.
+std::vector<std::string_view> DropDownItems(const PageControl& control) {
+  std::vector<std::string_view> items;
+  std::string_view rest = control.spin ? control.spin : "";
+  while (!rest.empty()) {
+    size_t semi = rest.find(';');
+    items.push_back(rest.substr(0, semi));
+    if (semi == std::string_view::npos) break;
+    rest = rest.substr(semi + 1);
+  }
+  return items;
+}
+
+// The value for a key a page control edits, checked as that control would.
+std::optional<int32_t> ControlValue(const PageControl& control, std::string_view text, int32_t stored,
+                                    std::string* expected) {
+  switch (control.kind) {
+    case ControlKind::kCheck:
+      *expected = "on or off (1/0, yes/no, true/false)";
+      return ParseSwitch(text);
+    case ControlKind::kColourButton:
+    case ControlKind::kFillButton:
+      *expected = "a colour, #RRGGBB or a number";
+      return ParseColour(text, stored);
+    case ControlKind::kDropDown: {
+      std::vector<std::string_view> items = DropDownItems(control);
+      for (size_t i = 0; i < items.size(); ++i)
+        if (SameIgnoringCase(items[i], text)) return static_cast<int32_t>(i);
+      *expected = "one of";
+      for (size_t i = 0; i < items.size(); ++i)
+        *expected += (i ? ", " : " ") + std::to_string(i) + " (" + std::string(items[i]) + ")";
+      return ParseInRange(text, 0, static_cast<int64_t>(items.size()) - 1);
+    }
+    default: {
+      SpinRange range = ParseSpinText(control.spin ? control.spin : "");
+      *expected = RangeText(range.min, range.max);
+      return ParseInRange(text, range.min, range.max);
+    }
+  }
+}
+
+// The value for a general key, by its kind; the main dialog's lists and the
+// delay have the ranges the dialog gives them.
+std::optional<int32_t> KeyValue(int index, std::string_view text, std::string* expected) {
+  const ConfigKey& key = ConfigKeys()[static_cast<size_t>(index)];
+  if (index == KeyIndex(Key::MainDelay)) {
+    *expected = RangeText(CliDialogReader::kMinDelay, CliDialogReader::kMaxDelay);
+    return ParseInRange(text, CliDialogReader::kMinDelay, CliDialogReader::kMaxDelay);
+  }
+  if (index == KeyIndex(Key::MainPalette)) {
+    int choice = 0;
+    bool adaptive = false;
+    *expected = "a palette index 0 to 8 or name";
+    if (FindPalette(text, &choice, &adaptive) && !adaptive) return choice;
+    return std::nullopt;
+  }
+  if (index == KeyIndex(Key::MainEffect)) {
+    *expected = RangeText(0, kStyleCount - 1);
+    return ParseInRange(text, 0, kStyleCount - 1);
+  }
+  if (key.kind & kKindSwitch) {
+    *expected = "on or off (1/0, yes/no, true/false)";
+    return ParseSwitch(text);
+  }
+  *expected = "a whole number";
+  return ParseInRange(text, INT32_MIN, UINT32_MAX);
+}
+
+}  // namespace
+
+bool ApplySet(std::string_view assignment, Settings& settings, std::span<const StyleEntry> styles,
+              Failure* failure) {
+  size_t eq = assignment.find('=');
+  if (eq == std::string_view::npos || eq == 0) {
+    *failure = Usage("--set needs KEY=VALUE, not '" + std::string(assignment) + "'");
+    return false;
+  }
+  std::string_view key = assignment.substr(0, eq);
+  std::string_view text = assignment.substr(eq + 1);
+  SetTarget target;
+  if (!FindSetTarget(key, settings, styles, &target, failure)) return false;
+  const ConfigKey& config_key = ConfigKeys()[static_cast<size_t>(target.index)];
+  if (config_key.IsText()) {
+    if (text.size() > kSettingTextMax || text.find('\0') != std::string_view::npos) {
+      *failure = Usage("the value of " + std::string(config_key.name) + " is longer than " +
+                       std::to_string(kSettingTextMax) + " characters");
+      return false;
+    }
+    settings.SetTextAt(target.index, text);
+    return true;
+  }
+  std::string expected;
+  int32_t stored = settings.NumberAt(target.index);
+  std::optional<int32_t> value = target.control ? ControlValue(*target.control, text, stored, &expected)
+                                                : KeyValue(target.index, text, &expected);
+  if (!value) {
+    *failure = Usage("bad value '" + std::string(text) + "' for " + std::string(config_key.name) +
+                     ": expected " + expected);
+    return false;
+  }
+  settings.SetNumberAt(target.index, *value);
+  return true;
+}
+
+// ---------------------------------------------------------------- build options
+
+bool ApplyBuildOptions(const CliArgs& args, Settings& settings, std::span<const StyleEntry> styles,
+                       SessionChoices* session, Failure* failure) {
+  if (args.effect) {
+    int index = FindEffect(*args.effect, styles);
+    if (index < 0) {
+      *failure = Usage("unknown effect '" + *args.effect + "' (see 'tessarine list')");
+      return false;
+    }
+    settings.SetNumber(Key::MainEffect, index);
+  }
+  if (args.delay) {
+    auto delay = ParseInRange(*args.delay, CliDialogReader::kMinDelay, CliDialogReader::kMaxDelay);
+    if (!delay) {
+      *failure = Usage("bad delay '" + *args.delay + "': expected " +
+                       RangeText(CliDialogReader::kMinDelay, CliDialogReader::kMaxDelay));
+      return false;
+    }
+    settings.SetNumber(Key::MainDelay, *delay);
+  }
+  bool adaptive = args.custom_palette.value_or(false);
+  if (args.palette) {
+    int choice = 0;
+    if (!FindPalette(*args.palette, &choice, &adaptive)) {
+      *failure = Usage("unknown palette '" + *args.palette + "' (see 'tessarine " + args.command_name +
+                       " --help')");
+      return false;
+    }
+    if (!adaptive) settings.SetNumber(Key::MainPalette, choice);
+  }
+  session->custom_palette = adaptive;
+  auto put = [&settings](Key key, std::optional<bool> value) {
+    if (value) settings.SetNumber(key, *value ? 1 : 0);
+  };
+  put(Key::MainDither, args.dither);
+  put(Key::MainSupercompress, args.supercompress);
+  put(Key::MainMaskBackground, args.mask_background);
+  put(Key::AddDescriptiveCommentBlock, args.comment);
+  put(Key::Truecolour, args.true_colour);
+  // Asking for a palette, dithering or frame optimisation only means something
+  // for palettised frames, so it overrides a true-colour default unless true
+  // colour is asked for in the same breath.
+  bool wants_palette = args.palette || args.custom_palette.value_or(false) ||
+                       args.dither.value_or(false) || args.supercompress.value_or(false);
+  if (wants_palette && !args.true_colour) settings.SetNumber(Key::Truecolour, 0);
+  for (const std::string& assignment : args.sets)
+    if (!ApplySet(assignment, settings, styles, failure)) return false;
+  return true;
+}
+
+// ---------------------------------------------------------------- reading the dialog
+
+int32_t CliDialogReader::Spin(int id) const {
+  if (id == kDelayEdit)
+    return std::clamp(m_settings.Number(Key::MainDelay), kMinDelay, kMaxDelay);
+  return m_style ? SettingsReader(m_settings, *m_style).Spin(id) : 0;
+}
+
+bool CliDialogReader::Checked(int id) const {
+  auto on = [this](Key key) { return m_settings.Number(key) != 0; };
+  switch (id) {
+    case kTrueColour: return on(Key::Truecolour);
+    case kCustomPalette: return m_session.custom_palette;
+    case kDither: return on(Key::MainDither);
+    case kSupercompress: return on(Key::MainSupercompress);
+    case kAddComment: return on(Key::AddDescriptiveCommentBlock);
+    case kMaskBackground: return !m_session.no_background && on(Key::MainMaskBackground);
+    // The dialog has no such box, so a build never sees it checked.
+    case kTransparentBackground: return false;
+    default: return m_style && SettingsReader(m_settings, *m_style).Checked(id);
+  }
+}
+
+Colour CliDialogReader::ColourValue(int id) const {
+  return m_style ? SettingsReader(m_settings, *m_style).ColourValue(id) : 0;
+}
+
+int32_t CliDialogReader::Selection(int id) const {
+  if (id == kEffectList) return m_settings.Number(Key::MainEffect);
+  if (id == kPaletteList) return m_settings.Number(Key::MainPalette);
+  return m_style ? SettingsReader(m_settings, *m_style).Selection(id) : 0;
+}
+
+}  // namespace tess::cli

@@ -1,0 +1,382 @@
+// The commands. Builds run the engine's build driver with this host's
+// GifFileHost as the host service, so a command-line GIF is made by exactly
+// the code path the plug-in's "OK" takes.
+//
+// Sections: shared steps · list · render, test and preview · encode.
+#include "host/cli/commands.h"
+
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "host/cli/cli_settings.h"
+#include "host/cli/gif_file_host.h"
+#include "host/cli/ppm.h"
+#include "output/build_driver.h"
+#include "output/frame_list.h"
+#include "shell/main_dialog_ids.h"
+#include "shell/paths.h"
+#include "styles/settings_reader.h"
+
+namespace tess::cli {
+namespace {
+
+// The maker's address in the comment block of every GIF we write.
+constexpr char kMakerWebAddress[] = "https://www.brindlewood.example/";
+
+// ---------------------------------------------------------------- shared steps
+
+int Report(CliEnvironment& env, const Failure& failure) {
+  env.err << "tessarine: " << failure.message << '\n';
+  return failure.exit_code;
+}
+
+int Report(CliEnvironment& env, int code, const std::string& message) {
+  return Report(env, Failure{code, message});
+}
+
+// A GIF is renamed into place when complete, which a pipe cannot do.
+bool OutputIsUsable(const CliArgs& args, Failure* failure) {
+  if (!args.output || *args.output != "-") return true;
+  *failure = Failure{kExitUsage, "cannot write the GIF to standard output; give a file name with -o"};
+  return false;
+}
+
+// The settings of one run: defaults, the configuration file, then the options.
+bool PrepareSettings(const CliArgs& args, CliEnvironment& env, const ConfigPlan& plan,
+                     Settings& settings, SessionChoices* session, Failure* failure) {
+  if (args.doc) {
+    *failure = Failure{kExitUsage, "documents (--doc) are not supported yet"};
+    return false;
+  }
+  if (!OutputIsUsable(args, failure)) return false;
+  if (!LoadConfig(plan, settings, env.platform, failure)) return false;
+  return ApplyBuildOptions(args, settings, env.styles, session, failure);
+}
+
+BuildOptions OptionsFrom(const Settings& settings) {
+  BuildOptions options;
+  options.fast_remap = settings.Number(Key::FastRemap) != 0;
+  options.dither_brightness = settings.Number(Key::DitherBrightness);
+  options.dither_contrast = settings.Number(Key::DitherContrast);
+  options.web_address = kMakerWebAddress;
+  // We write transparency and crop frames ourselves; delays stay hundredths.
+  options.host_capabilities = kHostCapOptimise;
+  return options;
+}
+
+// After a build: the driver has reported its own message when it failed; the
+// host adds what it knows about the file.
+int Finish(bool built, const GifFileHost& host, CliEnvironment& env) {
+  if (built && host.finished()) return kExitOk;
+  if (!host.error().empty()) Report(env, kExitFailure, host.error());
+  else if (built) Report(env, kExitFailure, "no file was written");
+  return kExitFailure;
+}
+
+// Saving follows the dialog: the settings are written whether the build
+// succeeded or not. A failed save turns success into failure.
+int SaveIfAsked(int code, const ConfigPlan& plan, const Settings& settings, CliEnvironment& env) {
+  if (!plan.save) return code;
+  Failure failure;
+  if (!SaveConfig(plan, settings, env.platform, &failure)) {
+    Report(env, failure);
+    return kExitFailure;
+  }
+  return code;
+}
+
+// ---------------------------------------------------------------- list
+
+std::string ColourText(int32_t value) {
+  char text[8];
+  Colour c = static_cast<Colour>(value);
+  std::snprintf(text, sizeof text, "#%02X%02X%02X", ColourRed(c), ColourGreen(c), ColourBlue(c));
+  return text;
+}
+
+const char* KindText(ControlKind kind) {
+  switch (kind) {
+    case ControlKind::kCheck: return "switch";
+    case ControlKind::kColourButton: return "colour";
+    case ControlKind::kFillButton: return "fill";
+    case ControlKind::kDropDown: return "choice";
+    case ControlKind::kPicker: return "direction";
+    default: return "number";
+  }
+}
+
+std::string ValueText(const StyleSetting& s, int32_t value) {
+  switch (s.control->kind) {
+    case ControlKind::kCheck: return value ? "on" : "off";
+    case ControlKind::kColourButton:
+    case ControlKind::kFillButton: return ColourText(value);
+    default: return std::to_string(value);
+  }
+}
+
+std::string RangeText(const StyleSetting& s) {
+  if (s.has_range) return std::to_string(s.range.min) + ".." + std::to_string(s.range.max);
+  if (s.control->kind == ControlKind::kDropDown) {
+    std::string items = s.control->spin ? s.control->spin : "";
+    int count = items.empty() ? 0 : 1;
+    for (char c : items) count += c == ';';
+    return "0.." + std::to_string(count - 1);
+  }
+  return "-";
+}
+
+std::string Column(std::string text, size_t width) {
+  if (text.size() < width) text.append(width - text.size(), ' ');
+  return text + ' ';
+}
+
+void ListEffects(CliEnvironment& env) {
+  for (size_t i = 0; i < env.styles.size(); ++i) {
+    const StyleEntry& style = env.styles[i];
+    env.out << (i < 10 ? " " : "") << i << "  " << Column(style.name, 16)
+            << (style.init ? "ready" : "not available yet") << '\n';
+  }
+}
+
+void ListSettings(const StyleEntry& style, int index, const Settings& settings, CliEnvironment& env) {
+  char number[8];
+  std::snprintf(number, sizeof number, "%03d", style.number);
+  env.out << style.name << " (effect " << index << ", keys Style" << number << "KEY"
+          << (style.init ? "" : "; not available yet") << ")\n";
+  env.out << Column("KEY", 16) << Column("KIND", 9) << Column("RANGE", 12) << Column("DEFAULT", 9)
+          << "VALUE\n";
+  for (const StyleSetting& s : ListStyleSettings(settings, style)) {
+    std::string value = ValueText(s, s.value);
+    if (s.has_range && s.stored != s.value) value += " (stored " + std::to_string(s.stored) + ")";
+    env.out << Column(s.control->key, 16) << Column(KindText(s.control->kind), 9)
+            << Column(RangeText(s), 12) << Column(ValueText(s, s.initial), 9) << value << '\n';
+  }
+}
+
+// ---------------------------------------------------------------- render, test and preview
+
+// Forwards to the real platform; opening the preview page happens only when
+// asked, and what was opened (or would have been) is remembered.
+class PreviewPlatform final : public Platform {
+ public:
+  PreviewPlatform(Platform& inner, bool open) : m_inner(inner), m_open(open) {}
+  std::string AppDataFolder() override { return m_inner.AppDataFolder(); }
+  std::string DocumentsFolder() override { return m_inner.DocumentsFolder(); }
+  char PathSeparator() const override { return m_inner.PathSeparator(); }
+  bool ShiftDown() override { return m_inner.ShiftDown(); }
+  LocalTime Now() override { return m_inner.Now(); }
+  bool OpenDocument(const std::string& path, bool maximised) override {
+    page = path;
+    opened = m_open && m_inner.OpenDocument(path, maximised);
+    return !m_open || opened;
+  }
+  bool LaunchBrowser(const std::string& address, const std::string& original, bool maximised) override {
+    return m_inner.LaunchBrowser(address, original, maximised);
+  }
+
+  std::string page;
+  bool opened = false;
+
+ private:
+  Platform& m_inner;
+  bool m_open;
+};
+
+BuildMode ModeOf(Command command) {
+  switch (command) {
+    case Command::kTest: return BuildMode::kTest;
+    case Command::kPreview: return BuildMode::kPreview;
+    default: return BuildMode::kOk;
+  }
+}
+
+bool EnsureFolder(const std::string& folder, CliEnvironment& env) {
+  if (EnsureFolderExists(folder)) return true;
+  Report(env, kExitFailure, "cannot create the folder '" + folder + "'");
+  return false;
+}
+
+// The GIF a mode 0 or 1 build writes; empty after printing why there is none.
+std::string OutputPath(const CliArgs& args, const StyleEntry& style, CliEnvironment& env) {
+  if (args.command != Command::kTest) return args.output ? *args.output : DefaultOutputName(style);
+  if (!EnsureFolder(PluginDataPath(env.platform, ""), env)) return {};
+  return PluginDataPath(env.platform, kTestFileName);
+}
+
+// Mode 2 writes its own files; the host only shows status and progress.
+int RunPreview(const CliArgs& args, CliEnvironment& env, const CliDialogReader& dialog,
+               Reporter& reporter, ProgressBar& bar, const Settings& settings) {
+  std::string folder = args.dir ? *args.dir : PluginDataPath(env.platform, "");
+  if (!EnsureFolder(folder, env)) return kExitFailure;
+  bool open = args.open.value_or(true);
+  PreviewPlatform platform(env.platform, open);
+  GifFileHost status_only("", &bar);
+  Random random;
+  BuildContext context{dialog, env.styles, random, status_only, 0, reporter, platform, nullptr,
+                       OptionsFrom(settings)};
+  context.options.preview_folder = folder;
+  bool built = RunBuild(context, BuildMode::kPreview);
+  bar.Clear();
+  if (!built) return kExitFailure;
+  env.out << platform.page << '\n';
+  if (open && !platform.opened) Report(env, kExitOk, "could not open a browser; open the page yourself");
+  return kExitOk;
+}
+
+}  // namespace
+
+std::string DefaultOutputName(const StyleEntry& style) {
+  std::string name;
+  for (const char* p = style.name; *p; ++p)
+    name += *p == ' ' ? '-' : static_cast<char>(std::tolower(static_cast<unsigned char>(*p)));
+  return name + ".gif";
+}
+
+int RunList(const CliArgs& args, CliEnvironment& env) {
+  if (args.operands.empty()) {
+    ListEffects(env);
+    return kExitOk;
+  }
+  int index = FindEffect(args.operands[0], env.styles);
+  if (index < 0) return Report(env, kExitUsage, "unknown effect '" + args.operands[0] + "' (see 'tessarine list')");
+  Settings settings;
+  Failure failure;
+  if (!LoadConfig(PlanConfig(args, env.platform), settings, env.platform, &failure))
+    return Report(env, failure);
+  ListSettings(env.styles[static_cast<size_t>(index)], index, settings, env);
+  return kExitOk;
+}
+
+int RunBuildCommand(const CliArgs& args, CliEnvironment& env) {
+  ConfigPlan plan = PlanConfig(args, env.platform);
+  auto settings = std::make_unique<Settings>();
+  SessionChoices session;
+  Failure failure;
+  if (!PrepareSettings(args, env, plan, *settings, &session, &failure)) return Report(env, failure);
+  int index = SelectedEffect(*settings, env.styles);
+  if (index < 0) return Report(env, kExitFailure, "there are no effects");
+  const StyleEntry& style = env.styles[static_cast<size_t>(index)];
+  if (!style.init) {
+    int code = Report(env, kExitFailure, "effect '" + std::string(style.name) +
+                                             "' is not available yet (see 'tessarine list')");
+    return SaveIfAsked(code, plan, *settings, env);
+  }
+
+  ProgressBar bar(env.err, env.err_is_terminal && !args.quiet);
+  CliReporter reporter(env.err, &bar);
+  CliDialogReader dialog(*settings, &style, session);
+  BuildMode mode = ModeOf(args.command);
+  int code = kExitFailure;
+  if (mode == BuildMode::kPreview) {
+    code = RunPreview(args, env, dialog, reporter, bar, *settings);
+  } else {
+    std::string path = OutputPath(args, style, env);
+    if (!path.empty()) {
+      GifFileHost host(path, &bar);
+      Random random;
+      BuildContext context{dialog, env.styles, random, host, 0, reporter, env.platform, nullptr,
+                           OptionsFrom(*settings)};
+      bool built = RunBuild(context, mode);
+      bar.Clear();
+      code = Finish(built, host, env);
+      if (code == kExitOk && mode == BuildMode::kTest) env.out << path << '\n';
+    }
+  }
+  return SaveIfAsked(code, plan, *settings, env);
+}
+
+// ---------------------------------------------------------------- encode
+
+namespace {
+
+bool ReadStream(std::istream& in, std::vector<uint8_t>* bytes) {
+  char chunk[65536];
+  while (in) {
+    in.read(chunk, sizeof chunk);
+    bytes->insert(bytes->end(), chunk, chunk + in.gcount());
+  }
+  return in.eof();
+}
+
+bool ReadFile(const std::string& path, std::vector<uint8_t>* bytes, std::string* error) {
+  std::FILE* file = std::fopen(path.c_str(), "rb");
+  if (!file) {
+    *error = std::strerror(errno);
+    return false;
+  }
+  uint8_t chunk[65536];
+  size_t n;
+  while ((n = std::fread(chunk, 1, sizeof chunk, file)) > 0) bytes->insert(bytes->end(), chunk, chunk + n);
+  bool ok = !std::ferror(file);
+  std::fclose(file);
+  if (!ok) *error = "read error";
+  return ok;
+}
+
+// Appends every image of every operand, all of the first one's size.
+bool ReadFrames(const CliArgs& args, CliEnvironment& env, int32_t delay, FrameList& frames) {
+  int32_t width = 0, height = 0;
+  for (const std::string& name : args.operands) {
+    std::vector<uint8_t> bytes;
+    std::string error;
+    bool read = name == "-" ? env.in && ReadStream(*env.in, &bytes) : ReadFile(name, &bytes, &error);
+    if (!read) {
+      Report(env, kExitFailure, (name == "-" ? "standard input" : name) + ": " +
+                                    (error.empty() ? "cannot read" : error));
+      return false;
+    }
+    std::vector<ImageBlock> images;
+    if (!ParsePpmImages(bytes, &images, &error)) {
+      Report(env, kExitFailure, name + ": " + error);
+      return false;
+    }
+    for (ImageBlock& image : images) {
+      if (frames.empty()) {
+        width = image.width();
+        height = image.height();
+      } else if (image.width() != width || image.height() != height) {
+        Report(env, kExitFailure, name + ": frame is " + std::to_string(image.width()) + "x" +
+                                      std::to_string(image.height()) + " but the first frame is " +
+                                      std::to_string(width) + "x" + std::to_string(height));
+        return false;
+      }
+      if (!FrameListAddImage(frames, std::move(image), delay)) {
+        Report(env, kExitFailure, "Memory error");
+        return false;
+      }
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+int RunEncode(const CliArgs& args, CliEnvironment& env) {
+  if (!args.output) return Report(env, kExitUsage, "encode needs -o FILE (try 'tessarine encode --help')");
+  ConfigPlan plan = PlanConfig(args, env.platform);
+  auto settings = std::make_unique<Settings>();
+  SessionChoices session;
+  session.no_background = true;
+  Failure failure;
+  if (!PrepareSettings(args, env, plan, *settings, &session, &failure)) return Report(env, failure);
+
+  CliDialogReader dialog(*settings, nullptr, session);
+  FrameList frames;
+  if (!ReadFrames(args, env, dialog.Spin(kDelayEdit), frames)) return kExitFailure;
+
+  ProgressBar bar(env.err, env.err_is_terminal && !args.quiet);
+  CliReporter reporter(env.err, &bar);
+  GifFileHost host(*args.output, &bar);
+  Random random;
+  BuildContext context{dialog, env.styles, random, host, 0, reporter, env.platform, nullptr,
+                       OptionsFrom(*settings)};
+  bool built = RunOutputBuild(context, BuildMode::kOk, std::move(frames));
+  bar.Clear();
+  return SaveIfAsked(Finish(built, host, env), plan, *settings, env);
+}
+
+}  // namespace tess::cli

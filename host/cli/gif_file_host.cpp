@@ -1,0 +1,307 @@
+// The GIF file object behind the host service commands. One File lives from
+// create-task to close-task; the host checks the task handle on every call so
+// a stray object never writes into the wrong file.
+//
+// Sections: temporary files · the file object · service commands.
+#include "host/cli/gif_file_host.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <new>
+#include <random>
+#include <system_error>
+
+#include "base/byte_sink.h"
+#include "host/cli/gif_frames.h"
+#include "output/gif_writer.h"
+#include "shell/strings.h"
+
+namespace tess::cli {
+
+// ---------------------------------------------------------------- temporary files
+
+std::string TemporaryPathBeside(const std::string& path, uint32_t salt) {
+  std::filesystem::path p(path);
+  char suffix[24];
+  std::snprintf(suffix, sizeof suffix, ".%08x.part", static_cast<unsigned>(salt));
+  std::string name = "." + p.filename().string() + suffix;
+  return (p.parent_path() / name).string();
+}
+
+namespace {
+
+uint32_t RandomSalt() {
+  try {
+    std::random_device device;
+    return device();
+  } catch (...) {
+    return 0x5eed;  // the existence check below still keeps names apart
+  }
+}
+
+void RemoveQuietly(const std::string& path) {
+  std::error_code ec;
+  std::filesystem::remove(path, ec);
+}
+
+int32_t Clamp16(int32_t v) { return std::clamp(v, 0, 65535); }
+
+}  // namespace
+
+// ---------------------------------------------------------------- the file object
+
+class GifFileHost::File {
+ public:
+  explicit File(const TaskRecord& task)
+      : m_width(static_cast<int>(task.width)), m_height(static_cast<int>(task.height)),
+        m_bits(static_cast<int>(task.bits)) {
+    std::memcpy(m_global, task.palette, kPaletteBytes);
+  }
+  ~File() { Abandon(); }
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+
+  bool Open(const std::string& output, std::string* error) {
+    if (m_width < 1 || m_width > 65535 || m_height < 1 || m_height > 65535 || m_bits < 1 || m_bits > 8) {
+      *error = "the task's screen or palette is not one a GIF can hold";
+      return false;
+    }
+    uint32_t salt = RandomSalt();
+    std::error_code ec;
+    do m_temp = TemporaryPathBeside(output, salt++);
+    while (std::filesystem::exists(m_temp, ec));
+    if (!m_sink.Open(m_temp)) {
+      int code = errno;
+      *error = "cannot create a file beside '" + output + "': " + std::strerror(code);
+      m_temp.clear();
+      return false;
+    }
+    GifScreen screen;
+    screen.width = m_width;
+    screen.height = m_height;
+    screen.global_table = m_global;
+    screen.table_bits = m_bits;
+    if (m_writer.WriteHeader(screen) != GifStatus::kOk || m_writer.WriteLoopExtension(0) != GifStatus::kOk)
+      return WriteFailed(output, error);
+    return true;
+  }
+
+  bool AddFrame(const ImageRecord& record, const std::string& output, std::string* error);
+
+  bool AddComment(const char* text, const std::string& output, std::string* error) {
+    if (m_writer.WriteComment(text ? text : "") != GifStatus::kOk) return WriteFailed(output, error);
+    return true;
+  }
+
+  // Trailer, close, and the rename that makes the file appear.
+  bool Finish(const std::string& output, std::string* error) {
+    bool written = m_writer.WriteTrailer() == GifStatus::kOk;
+    if (!m_sink.Close() || !written) return WriteFailed(output, error);
+    std::error_code ec;
+    std::filesystem::rename(m_temp, output, ec);
+    if (ec) {
+      *error = "cannot put the finished file at '" + output + "': " + ec.message();
+      Abandon();
+      return false;
+    }
+    m_temp.clear();
+    return true;
+  }
+
+  void Abandon() {
+    if (m_sink.IsOpen()) m_sink.Close();
+    if (!m_temp.empty()) RemoveQuietly(m_temp);
+    m_temp.clear();
+  }
+
+ private:
+  bool WriteFailed(const std::string& output, std::string* error) {
+    *error = "error writing '" + output + "'";
+    Abandon();
+    return false;
+  }
+
+  // True when the image's colour table agrees with the global table wherever
+  // both have entries, so the frame can use the global one.
+  bool TableMatchesGlobal(const ImageBlock& image) const {
+    int entries = std::min(image.colour_table_entries(), 1 << m_bits);
+    const uint8_t* table = image.colour_table();
+    for (int i = 0; i < entries; ++i) {
+      const uint8_t* bgr = table + 4 * i;
+      const uint8_t* rgb = m_global + 3 * i;
+      if (bgr[2] != rgb[0] || bgr[1] != rgb[1] || bgr[0] != rgb[2]) return false;
+    }
+    return true;
+  }
+
+  static const uint8_t* TableRgb(const ImageBlock& image, uint8_t* rgb) {
+    ImageGetPalette(image, rgb);
+    return rgb;
+  }
+
+  int m_width, m_height, m_bits;
+  uint8_t m_global[kPaletteBytes];
+  std::string m_temp;
+  FileSink m_sink;
+  GifWriter m_writer{m_sink};
+};
+
+bool GifFileHost::File::AddFrame(const ImageRecord& record, const std::string& output,
+                                 std::string* error) {
+  const std::string which = "frame " + std::to_string(record.frame_number);
+  const ImageBlock* image = LentImage(record.image);
+  if (!image || !*image || image->width() > m_width || image->height() > m_height) {
+    *error = which + " does not fit the file's screen";
+    return false;
+  }
+  const ImageBlock* pixels = image;
+  ImageBlock palettised, cropped;
+  uint8_t local_rgb[kPaletteBytes];
+  const uint8_t* local = nullptr;
+  int bits = m_bits;
+  int transparent = record.transparent_index;
+  if (image->bits() > 8) {
+    palettised = PalettiseTrueColour(*image, local_rgb, &bits);
+    if (!palettised) {
+      *error = std::string(StringText(kStrMemoryError));
+      return false;
+    }
+    pixels = &palettised;
+    local = local_rgb;
+    transparent = -1;  // an index means nothing before the frame had a palette
+  } else if (!TableMatchesGlobal(*image)) {
+    bits = image->bits();
+    local = TableRgb(*image, local_rgb);
+  }
+  if (transparent > 255) transparent = -1;
+
+  PixelBox box{0, 0, pixels->width(), pixels->height()};
+  if (transparent >= 0) {
+    box = VisibleBounds(*pixels, transparent);
+    // Nothing visible: the smallest frame a GIF allows, one transparent pixel.
+    if (box.empty()) box = PixelBox{0, 0, 1, 1};
+    if (box.width != pixels->width() || box.height != pixels->height()) {
+      cropped = CropIndices(*pixels, box);
+      if (!cropped) {
+        *error = std::string(StringText(kStrMemoryError));
+        return false;
+      }
+      pixels = &cropped;
+    }
+  }
+
+  GifImageDescriptor descriptor;
+  descriptor.left = box.left;
+  descriptor.top = box.top;
+  descriptor.width = box.width;
+  descriptor.height = box.height;
+  descriptor.bits = bits;
+  descriptor.local_table = local;
+  GifStatus status = m_writer.CheckFrame(descriptor, *pixels);
+  if (status == GifStatus::kIndexTooLarge && !local) {
+    // Indices past the global table: the frame brings its own table.
+    descriptor.bits = pixels->bits();
+    descriptor.local_table = TableRgb(*pixels, local_rgb);
+    status = m_writer.CheckFrame(descriptor, *pixels);
+  }
+  if (status != GifStatus::kOk) {
+    *error = which + ": " + GifStatusText(status);
+    return false;
+  }
+
+  GifGraphicControl control;
+  GifDisposal disposal = transparent < 0        ? GifDisposal::kUnspecified
+                         : record.transparent == 1 ? GifDisposal::kBackground
+                                                   : GifDisposal::kKeep;
+  control.flags = GifControlFlags(disposal, transparent >= 0);
+  control.delay = static_cast<uint16_t>(Clamp16(record.delay));
+  control.transparent_index = static_cast<uint8_t>(transparent >= 0 ? transparent : 0);
+  if (m_writer.WriteGraphicControl(control) != GifStatus::kOk ||
+      m_writer.WriteFrame(descriptor, *pixels) != GifStatus::kOk)
+    return WriteFailed(output, error);
+  return true;
+}
+
+// ---------------------------------------------------------------- service commands
+
+GifFileHost::GifFileHost(std::string output_path, ProgressBar* progress)
+    : m_path(std::move(output_path)), m_progress(progress) {}
+
+GifFileHost::~GifFileHost() = default;
+
+int32_t GifFileHost::Refuse(std::string message) {
+  m_error = std::move(message);
+  return 0;
+}
+
+int32_t GifFileHost::Call(HostHandle object, int32_t command, intptr_t param, void* data) {
+  try {
+    switch (command) {
+      case kHostCreateTask:
+      case kHostCreateTestTask: return CreateTask(data);
+      case kHostAddImage: return AddImage(object, data);
+      case kHostAddComment: return AddComment(object, data);
+      case kHostCloseTask: return CloseTask(object, param);
+      case kHostStatusText:
+        if (m_progress && data) m_progress->SetStatus(static_cast<const char*>(data));
+        return 1;
+      case kHostProgress:
+        if (m_progress) m_progress->Update(static_cast<long>(param), static_cast<long>(reinterpret_cast<intptr_t>(data)));
+        return 1;
+      default:
+        // Choosing files and colours or showing help needs a person at a
+        // window; a terminal run has all its choices on the command line.
+        return 0;
+    }
+  } catch (const std::bad_alloc&) {
+    return Refuse(std::string(StringText(kStrMemoryError)));
+  } catch (...) {
+    return Refuse("unexpected failure in the file host");
+  }
+}
+
+int32_t GifFileHost::CreateTask(const void* data) {
+  if (m_file) return Refuse("a file object is already open");
+  if (!data) return Refuse("a file object was asked for without a task record");
+  TaskRecord task;
+  std::memcpy(&task, data, sizeof task);
+  auto file = std::make_unique<File>(task);
+  if (!file->Open(m_path, &m_error)) return 0;
+  m_file = std::move(file);
+  m_object = reinterpret_cast<HostHandle>(data);
+  m_finished = false;
+  m_frames_written = 0;
+  m_error.clear();
+  return 1;
+}
+
+int32_t GifFileHost::AddImage(HostHandle object, const void* data) {
+  if (!m_file || object != m_object || !data) return Refuse("an image was added to no open file");
+  ImageRecord record;
+  std::memcpy(&record, data, sizeof record);
+  if (!m_file->AddFrame(record, m_path, &m_error)) return 0;
+  ++m_frames_written;
+  return 1;
+}
+
+int32_t GifFileHost::AddComment(HostHandle object, const void* data) {
+  if (!m_file || object != m_object) return Refuse("a comment was added to no open file");
+  return m_file->AddComment(static_cast<const char*>(data), m_path, &m_error) ? 1 : 0;
+}
+
+int32_t GifFileHost::CloseTask(HostHandle object, intptr_t param) {
+  if (!m_file || object != m_object) return Refuse("no open file to close");
+  std::unique_ptr<File> file = std::move(m_file);
+  m_object = 0;
+  if (param == kHostTaskAbandoned) {
+    file->Abandon();
+    return 1;
+  }
+  m_finished = file->Finish(m_path, &m_error);
+  return m_finished ? 1 : 0;
+}
+
+}  // namespace tess::cli

@@ -1,0 +1,104 @@
+// The command-line grammar: option forms, which command takes which option,
+// operand counts, and that every command's help names its options.
+#include "host/cli/cli_args.h"
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+namespace tess::cli {
+namespace {
+
+struct Parsed {
+  bool ok;
+  CliArgs args;
+  std::string error;
+};
+
+Parsed Parse(std::initializer_list<const char*> words) {
+  std::vector<std::string> args(words.begin(), words.end());
+  Parsed p;
+  p.ok = ParseArgs(args, &p.args, &p.error);
+  return p;
+}
+
+TEST(CliArgs, LongShortAndInlineValuesAllReachTheirField) {
+  Parsed p = Parse({"render", "--effect", "Bubbles", "-o", "a.gif", "--set=Frames=4", "-sSeed=9",
+                    "--delay=7", "-qp", "3"});
+  ASSERT_TRUE(p.ok) << p.error;
+  EXPECT_EQ(p.args.command, Command::kRender);
+  EXPECT_EQ(p.args.effect, "Bubbles");
+  EXPECT_EQ(p.args.output, "a.gif");
+  EXPECT_EQ(p.args.sets, (std::vector<std::string>{"Frames=4", "Seed=9"}));
+  EXPECT_EQ(p.args.delay, "7");
+  EXPECT_TRUE(p.args.quiet);
+  EXPECT_EQ(p.args.palette, "3");  // bundled -q then -p with the next argument
+}
+
+TEST(CliArgs, SwitchesHaveNoFormsAndTheLastOneWins) {
+  Parsed p = Parse({"render", "--dither", "--no-dither", "--no-comment", "--true-colour",
+                    "--no-mask-background", "--supercompress"});
+  ASSERT_TRUE(p.ok) << p.error;
+  EXPECT_EQ(p.args.dither, false);
+  EXPECT_EQ(p.args.comment, false);
+  EXPECT_EQ(p.args.true_colour, true);
+  EXPECT_EQ(p.args.mask_background, false);
+  EXPECT_EQ(p.args.supercompress, true);
+  EXPECT_FALSE(p.args.custom_palette.has_value());
+}
+
+TEST(CliArgs, RefusesWhatTheCommandDoesNotTake) {
+  struct Case {
+    std::initializer_list<const char*> words;
+    const char* fragment;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {{"render", "--frobnicate"}, "unknown option '--frobnicate' for 'render'"},
+           {{"render", "-x"}, "unknown option '-x'"},
+           {{"encode", "a.ppm", "--effect", "Bubbles"}, "unknown option '--effect' for 'encode'"},
+           {{"list", "--dither"}, "unknown option '--dither'"},
+           {{"render", "--no-save"}, "unknown option '--no-save'"},
+           {{"render", "--save=yes"}, "takes no value"},
+           {{"render", "--effect"}, "'--effect' needs a value"},
+           {{"render", "-o"}, "'-o' needs a value"},
+           {{"render", "stray"}, "unexpected argument 'stray'"},
+           {{"list", "Bubbles", "Snow"}, "unexpected argument 'Snow'"},
+           {{"encode", "-o", "x.gif"}, "missing operand"},
+           {{"paint"}, "unknown command 'paint'"},
+           {{"help", "paint"}, "unknown command 'paint'"},
+           {{"--verbose", "list"}, "unknown option '--verbose'"},
+           {{}, "no command given"},
+       }) {
+    std::vector<std::string> args(c.words.begin(), c.words.end());
+    CliArgs parsed;
+    std::string error;
+    EXPECT_FALSE(ParseArgs(args, &parsed, &error)) << args.size();
+    EXPECT_NE(error.find(c.fragment), std::string::npos) << error;
+  }
+}
+
+TEST(CliArgs, OperandsDashAndDoubleDash) {
+  Parsed p = Parse({"encode", "a.ppm", "-", "-o", "out.gif", "--", "-weird.ppm"});
+  ASSERT_TRUE(p.ok) << p.error;
+  EXPECT_EQ(p.args.operands, (std::vector<std::string>{"a.ppm", "-", "-weird.ppm"}));
+  EXPECT_EQ(p.args.output, "out.gif");
+}
+
+TEST(CliArgs, EveryCommandHelpListsItsOptionsAndTheExitCodes) {
+  std::string render = CommandHelp(Command::kRender);
+  for (const char* option : {"--[no-]custom-palette", "--[no-]true-color", "--no-config", "--save",
+                             "256-color orthogonal"})
+    EXPECT_NE(render.find(option), std::string::npos) << option;
+  EXPECT_NE(CommandHelp(Command::kPreview).find("--dir DIR"), std::string::npos);
+  for (Command c : {Command::kList, Command::kRender, Command::kTest, Command::kPreview, Command::kEncode})
+    EXPECT_NE(CommandHelp(c).find("2  usage error"), std::string::npos);
+  std::string general = GeneralHelp();
+  for (const char* name : {"list", "render", "test", "preview", "encode"})
+    EXPECT_NE(general.find(std::string("  ") + name), std::string::npos) << name;
+  EXPECT_EQ(VersionText().rfind("tessarine ", 0), 0u);
+}
+
+}  // namespace
+}  // namespace tess::cli
