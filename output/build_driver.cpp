@@ -1,0 +1,377 @@
+// The build driver. One Build object lives for one call of RunBuild and walks
+// the phases in order: prepare, render, adaptive palette, supercompress,
+// remap, deliver. Each phase returns false after reporting its one message;
+// the frame list, the previous-frame duplicate and the wait cursor are owned
+// by the object or by locals, so every exit path releases them.
+//
+// Sections: settings · messages and host calls · phases · delivery.
+#include "output/build_driver.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "output/frame_list.h"
+#include "output/gif_preview.h"
+#include "output/palette.h"
+#include "output/quantize.h"
+#include "output/remap.h"
+#include "output/supercompress.h"
+#include "shell/browser.h"
+#include "shell/main_dialog_ids.h"
+#include "shell/paths.h"
+#include "shell/strings.h"
+
+namespace tess {
+
+// ---------------------------------------------------------------- settings
+
+OutputSettings ReadOutputSettings(const ParamReader& dialog, BuildMode mode, int style_count) {
+  OutputSettings s;
+  int last = std::max(0, std::min(style_count, kStyleCount) - 1);
+  s.effect = std::clamp(dialog.Selection(kEffectList), 0, last);
+  s.palette_choice = dialog.Selection(kPaletteList);
+  s.delay = dialog.Spin(kDelayEdit);
+  s.mask_background = dialog.Checked(kMaskBackground);
+  s.true_colour = dialog.Checked(kTrueColour);
+  s.custom_palette = dialog.Checked(kCustomPalette);
+  s.dither = dialog.Checked(kDither);
+  s.supercompress = dialog.Checked(kSupercompress);
+  s.transparent_background = dialog.Checked(kTransparentBackground);
+  s.add_comment = dialog.Checked(kAddComment);
+  if (mode == BuildMode::kPreview) {
+    // The browser shows a palettised GIF, and an undithered, whole-frame one
+    // is what the person judges the effect by.
+    s.true_colour = false;
+    s.supercompress = false;
+    s.dither = false;
+  }
+  return s;
+}
+
+Colour ResolveOutputSettings(OutputSettings& s, const StyleEntry* style,
+                             const ParamReader& dialog) {
+  auto query = style ? style->background : nullptr;
+  if (query && query(dialog, 1) != 0) s.transparent_background = false;
+  if (s.true_colour) s.supercompress = false;
+  if (s.supercompress) {
+    s.mask_background = false;
+    s.transparent_background = false;
+  }
+  Colour bg = 0;
+  if (query) {
+    bg = query(dialog, 0);
+    if (bg == kNoColour) {
+      s.mask_background = false;
+      s.transparent_background = false;
+    }
+  }
+  if (s.transparent_background) s.mask_background = true;
+  return bg;
+}
+
+std::string BuildComment(std::string_view web_address) {
+  std::string text =
+      "CREATED BY...\r\n"
+      "\r\n"
+      "This graphic was created by Brindlewood' Marquetry Professional or Filigree and the "
+      "Tessarine #1 plugin.\r\n"
+      "\r\n"
+      "See\r\n"
+      "\r\n"
+      "    ";
+  text += web_address;
+  text += "\r\n\r\nfor more information.";
+  return text;
+}
+
+namespace {
+
+// ---------------------------------------------------------------- messages and host calls
+
+class WaitCursor {
+ public:
+  explicit WaitCursor(BuildFrontEnd* front_end) : m_front_end(front_end) {
+    if (m_front_end) m_front_end->BeginWaitCursor();
+  }
+  ~WaitCursor() {
+    if (m_front_end) m_front_end->EndWaitCursor();
+  }
+  WaitCursor(const WaitCursor&) = delete;
+  WaitCursor& operator=(const WaitCursor&) = delete;
+
+ private:
+  BuildFrontEnd* m_front_end;
+};
+
+class Build {
+ public:
+  Build(const BuildContext& context, BuildMode mode) : m_c(context), m_mode(mode) {}
+  bool Run();
+
+ private:
+  bool Fail(int string_id) {
+    m_c.reporter.ShowMessage(StringText(string_id));
+    return false;
+  }
+  void Progress(int position, int total) {
+    m_c.host.Call(0, kHostProgress, position,
+                  reinterpret_cast<void*>(static_cast<intptr_t>(total)));
+  }
+  void Status(int string_id) {
+    m_c.host.Call(0, kHostStatusText, 0, const_cast<char*>(m_strings.Load(string_id)));
+  }
+
+  void Prepare();
+  bool Render();
+  bool Quantize();
+  bool Supercompress();
+  bool Remap();
+  bool RemapFrame(FrameRecord& frame, int i, Remapper& remapper);
+  bool DeliverToHost();
+  bool WritePreview();
+
+  const BuildContext& m_c;
+  BuildMode m_mode;
+  StringBuffer m_strings;
+  OutputSettings m_s;
+  const StyleEntry* m_style = nullptr;
+  Colour m_bg = 0;
+  uint8_t m_palette[kPaletteBytes] = {};
+  int m_colours = 256;
+  int m_bits = 8;
+  int m_reserved = -1;
+  int m_super_index = -1;
+  int32_t m_max_width = 0;
+  int32_t m_max_height = 0;
+  FrameList m_frames;
+};
+
+bool Build::Run() {
+  Prepare();
+  if (!Render()) return false;
+  if (!m_s.true_colour && m_s.custom_palette && !Quantize()) return false;
+  // Unchanged pixels need a palette entry of their own, and only the adaptive
+  // palette sets one aside; with a fixed palette there is nothing to mark
+  // them with, so the frames are delivered whole.
+  if (m_super_index < 0) m_s.supercompress = false;
+  if (m_s.supercompress && !Supercompress()) return false;
+  if (!Remap()) return false;
+  return m_mode == BuildMode::kPreview ? WritePreview() : DeliverToHost();
+}
+
+// ---------------------------------------------------------------- phases
+
+void Build::Prepare() {
+  int style_count = static_cast<int>(m_c.styles.size());
+  m_s = ReadOutputSettings(m_c.dialog, m_mode, style_count);
+  m_style = style_count > 0 ? &m_c.styles[static_cast<size_t>(m_s.effect)] : nullptr;
+  m_bg = ResolveOutputSettings(m_s, m_style, m_c.dialog);
+  // Searching only the palette's own entries gives the same picks as all 256:
+  // the zero entries past it are black, as entry 0 of every fixed palette is,
+  // and ties go to the lower index.
+  m_colours = BuildFixedPalette(m_palette, &m_bits, m_s.palette_choice);
+  Progress(0, 0);
+  Status(kStrStatusBuilding);
+}
+
+bool Build::Render() {
+  if (m_style && m_style->init) {
+    Status(kStrStatusBuilding);
+    bool built = StyleBuild(*m_style, m_c.dialog, m_c.random, m_s.delay, m_frames,
+                            [this](int k, int n) { Progress(k, n); });
+    if (!built) return Fail(kStrMemoryError);
+    Progress(0, 0);
+  }
+  Progress(0, 0);
+  if (m_frames.empty()) return Fail(kStrMemoryError);
+  if (m_frames.count() == 1) m_s.supercompress = false;
+  return true;
+}
+
+bool Build::Quantize() {
+  int n = (m_s.supercompress || m_s.mask_background) ? 255 : 256;
+  Status(kStrStatusQuantizing);
+  if (!AdaptivePalette(&n, m_palette, m_frames)) return Fail(kStrMemoryError);
+  auto put_bg = [this](int index) {
+    uint8_t* entry = m_palette + 3 * index;
+    entry[0] = ColourRed(m_bg);
+    entry[1] = ColourGreen(m_bg);
+    entry[2] = ColourBlue(m_bg);
+  };
+  if (!m_s.mask_background) {
+    // The background must come out exactly, or the tile shows a seam of
+    // near-background pixels where the host or browser fills around it.
+    if (n < 254) {
+      put_bg(n++);
+    } else {
+      put_bg(NearestColour(ColourRed(m_bg), ColourGreen(m_bg), ColourBlue(m_bg), m_palette, n));
+    }
+  }
+  SortPaletteByLuminance(m_palette, n, true);
+  bool needs_index = m_s.supercompress || m_s.mask_background;
+  m_bits = BitsForColours(needs_index ? n + 1 : n);
+  m_colours = n;
+  m_reserved = n;
+  if (m_s.mask_background) put_bg(n);
+  if (m_s.supercompress) {
+    m_super_index = n;
+    put_bg(n);
+  }
+  return true;
+}
+
+bool Build::Supercompress() {
+  Status(kStrStatusSupercompressing);
+  int count = m_frames.count();
+  ImageBlock previous;
+  for (int i = 0; i < count; ++i) {
+    Progress(i, count);
+    FrameRecord& frame = m_frames[i];
+    if (i == 0) {
+      previous = DuplicateGlobalBlock(frame.image);
+      if (!previous) return Fail(kStrMemoryError);
+      continue;
+    }
+    frame.mask = SupercompressMask(frame.image, previous);
+    if (!frame.mask) return Fail(kStrMemoryError);
+  }
+  Progress(0, 0);
+  return true;
+}
+
+bool Build::Remap() {
+  Status(kStrStatusRemapping);
+  Remapper remapper;
+  if (!m_s.true_colour) {
+    RemapOptions options;
+    options.fast_remap = m_c.options.fast_remap;
+    options.dither_brightness = m_c.options.dither_brightness;
+    options.dither_contrast = m_c.options.dither_contrast;
+    if (!remapper.Init(m_palette, m_bits, m_colours, options)) return Fail(kStrMemoryError);
+  }
+  int count = m_frames.count();
+  for (int i = 0; i < count; ++i) {
+    Progress(i, count);
+    FrameRecord& frame = m_frames[i];
+    if (!m_s.true_colour && !RemapFrame(frame, i, remapper)) return Fail(kStrMemoryError);
+    if (!frame.image) return Fail(kStrMemoryError);
+    m_max_width = std::max(m_max_width, frame.image.width());
+    m_max_height = std::max(m_max_height, frame.image.height());
+    if (m_s.transparent_background) frame.transparent = m_reserved;
+  }
+  Progress(0, 0);
+  return true;
+}
+
+// Replaces the frame's true-colour image by its palettised form. In true
+// colour there is no spare index (supercompress is off and no adaptive
+// palette reserved one), so none of the substitutions can apply there.
+bool Build::RemapFrame(FrameRecord& frame, int i, Remapper& remapper) {
+  ImageBlock out = m_s.dither ? remapper.Dither(frame.image) : remapper.Remap(frame.image);
+  if (!out) return false;
+  if (m_s.supercompress && i == 0) {
+    out = SubstituteBackground(out, frame.image, m_bg, m_reserved);
+    if (!out) return false;
+  }
+  if (m_s.supercompress && frame.mask) {
+    ApplySupercompressMask(out, frame.mask, m_super_index);
+    frame.transparent = m_super_index;
+    // The entry already holds bg when the palette was made; restating it keeps
+    // the transparent colour right whatever the remap wrote into the table.
+    if (m_super_index < out.colour_table_entries()) {
+      uint8_t* entry = out.colour_table() + 4 * m_super_index;
+      entry[0] = ColourBlue(m_bg);
+      entry[1] = ColourGreen(m_bg);
+      entry[2] = ColourRed(m_bg);
+    }
+  }
+  if (m_s.mask_background && m_reserved != -1) {
+    out = SubstituteBackground(out, frame.image, m_bg, m_reserved);
+    if (!out) return false;
+  }
+  frame.image = std::move(out);
+  return true;
+}
+
+// ---------------------------------------------------------------- delivery
+
+bool Build::DeliverToHost() {
+  // Made before the file object exists: nothing may fail between its
+  // creation and its closing except the host itself.
+  std::string comment = m_s.add_comment ? BuildComment(m_c.options.web_address) : std::string();
+
+  TaskRecord task = MakeTaskRecord();
+  task.owner = m_c.owner_window;
+  task.width = static_cast<uint32_t>(m_max_width);
+  task.height = static_cast<uint32_t>(m_max_height);
+  task.bits = static_cast<uint32_t>(m_bits);
+  std::memcpy(task.palette, m_palette, kPaletteBytes);
+  task.frame_count = static_cast<uint32_t>(m_frames.count());
+  if (m_s.transparent_background) task.transparent_index = m_reserved;
+
+  int32_t create = m_mode == BuildMode::kTest ? kHostCreateTestTask : kHostCreateTask;
+  if (m_c.host.Call(0, create, 0, &task) == 0) return Fail(kStrErrorCreatingTask);
+  HostHandle object = reinterpret_cast<HostHandle>(&task);
+
+  for (int i = 0; i < m_frames.count(); ++i) {
+    const FrameRecord& frame = m_frames[i];
+    ImageRecord record = MakeImageRecord();
+    record.image = m_c.host.LendImage(frame.image);
+    record.transparent = m_s.transparent_background ? 1 : 0;
+    record.delay = frame.delay;
+    record.frame_number = i;
+    record.transparent_index = frame.transparent;
+    int32_t added = 0;
+    if (record.image != 0) {
+      added = m_c.host.Call(object, kHostAddImage, 0, &record);
+      m_c.host.ReturnImage(record.image);
+    }
+    if (added == 0) {
+      Fail(record.image != 0 ? kStrErrorAddingImage : kStrMemoryError);
+      FrameListFree(m_frames);
+      m_c.host.Call(object, kHostCloseTask, kHostTaskAbandoned, nullptr);
+      return false;
+    }
+  }
+  if (m_s.add_comment) m_c.host.Call(object, kHostAddComment, 0, comment.data());
+  m_c.host.Call(object, kHostCloseTask, kHostTaskFinished, nullptr);
+  return true;
+}
+
+bool Build::WritePreview() {
+  Platform& platform = m_c.platform;
+  std::string folder = PluginDataPath(platform, "");
+  PreviewWriter writer;
+  std::string page = writer.Open(folder, m_max_width, m_max_height, m_palette, m_bits,
+                                 platform.PathSeparator());
+  if (page.empty()) return Fail(kStrErrorCreatingFile);
+  bool thousandths = (m_c.options.host_capabilities & kHostCapTrueColour) != 0;
+  for (int i = 0; i < m_frames.count(); ++i) {
+    const FrameRecord& frame = m_frames[i];
+    int delay = thousandths ? frame.delay / 10 : frame.delay;
+    if (!writer.AddFrame(m_s.transparent_background ? 1 : 0, 0, 0, frame.transparent, delay,
+                         frame.image))
+      return Fail(kStrErrorWritingFile);
+  }
+  if (!writer.Close()) return Fail(kStrErrorWritingFile);
+  OpenGeneratedFile(platform, page, true);
+  return true;
+}
+
+}  // namespace
+
+bool RunBuild(const BuildContext& context, BuildMode mode) {
+  WaitCursor wait(context.front_end);
+  try {
+    Build build(context, mode);
+    return build.Run();
+  } catch (const std::bad_alloc&) {
+    // Only the engine's own containers throw, and none of them while a file
+    // object is open in the host.
+    context.reporter.ShowMessage(StringText(kStrMemoryError));
+    return false;
+  }
+}
+
+}  // namespace tess

@@ -1,0 +1,108 @@
+// Small styles for driving the build: a block that moves over a flat
+// background (so consecutive frames share most pixels), a frame full of
+// distinct colours (for the adaptive palette), and entries that fail, render
+// nothing or answer the background query in each way a real style can.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "styles/style.h"
+
+namespace tess::testing {
+
+// Page control ids of the test styles.
+constexpr int kTestFrames = 901;
+constexpr int kTestWidth = 902;
+constexpr int kTestHeight = 903;
+constexpr int kTestBackground = 904;
+constexpr int kTestFailAt = 905;    // frame k + 1 fails to render; 0 never
+constexpr int kTestRich = 906;      // 1: every pixel a different colour
+
+class MapReader final : public ParamReader {
+ public:
+  std::map<int, int32_t> values;
+  int32_t Spin(int id) const override { return Get(id); }
+  bool Checked(int id) const override { return Get(id) == 1; }
+  Colour ColourValue(int id) const override { return static_cast<Colour>(Get(id)); }
+  int32_t Selection(int id) const override { return Get(id); }
+
+ private:
+  int32_t Get(int id) const {
+    auto it = values.find(id);
+    return it == values.end() ? 0 : it->second;
+  }
+};
+
+class TestRecord final : public StyleRecord {
+ public:
+  explicit TestRecord(const ParamReader& r)
+      : m_frames(r.Spin(kTestFrames)),
+        m_width(r.Spin(kTestWidth)),
+        m_height(r.Spin(kTestHeight)),
+        m_bg(r.ColourValue(kTestBackground)),
+        m_fail_at(r.Spin(kTestFailAt)),
+        m_rich(r.Checked(kTestRich)) {}
+
+  int FrameCount() const override { return m_frames; }
+
+  ImageBlock RenderFrame(int k) override {
+    if (m_fail_at == k + 1) return {};
+    ImageBlock image = ImageCreate(m_width, m_height, nullptr, 24);
+    if (!image) return image;
+    for (int y = 0; y < m_height; ++y) {
+      for (int x = 0; x < m_width; ++x) {
+        Colour c = m_rich ? MakeColour(x * 15 + k, y * 13 + 3 * k, (x + y) * 7) : m_bg;
+        ImageSetPixel(image, x, y, c);
+      }
+    }
+    // A 3 x 2 block that moves two pixels per frame and changes colour.
+    for (int y = 1; y < 3; ++y)
+      for (int x = 0; x < 3; ++x)
+        ImageSetPixel(image, (2 * k + x) % m_width, y, MakeColour(200, (40 * k) & 0xFF, 90 + x));
+    return image;
+  }
+
+ private:
+  int m_frames, m_width, m_height;
+  Colour m_bg;
+  int m_fail_at;
+  bool m_rich;
+};
+
+inline std::unique_ptr<StyleRecord> InitTest(const ParamReader& r, Random&) {
+  return std::make_unique<TestRecord>(r);
+}
+
+// Like a real style with a "Background:" button: -1 when asked whether it
+// forbids transparency, so the transparent background is always off.
+inline Colour PageBackground(const ParamReader& r, int flag) {
+  return flag ? kNoColour : r.ColourValue(kTestBackground);
+}
+// A style that allows the transparent background.
+inline Colour AllowsTransparency(const ParamReader& r, int flag) {
+  return flag ? 0 : r.ColourValue(kTestBackground);
+}
+inline Colour NoSingleBackground(const ParamReader&, int) { return kNoColour; }
+
+enum TestStyleIndex {
+  kStyleMoving = 0,     // background query as real styles answer it
+  kStyleTransparent,    // allows the transparent background
+  kStyleNoBackground,   // no background query: bg stays black
+  kStyleNoSingle,       // query answers -1
+  kStyleNoInit,         // cannot render
+  kTestStyleCount,
+};
+
+inline std::vector<StyleEntry> TestStyles() {
+  return {
+      {"Moving", 900, {}, &InitTest, &PageBackground},
+      {"Transparent", 901, {}, &InitTest, &AllowsTransparency},
+      {"No background", 902, {}, &InitTest, nullptr},
+      {"No single background", 903, {}, &InitTest, &NoSingleBackground},
+      {"No init", 904, {}, nullptr, &PageBackground},
+  };
+}
+
+}  // namespace tess::testing
