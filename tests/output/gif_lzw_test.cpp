@@ -1,0 +1,222 @@
+#include <gtest/gtest.h>
+
+#include "output/gif_lzw.h"
+#include "tests/output/gif_test_images.h"
+#include "tests/support/gif_decoder.h"
+
+namespace tess {
+namespace {
+
+using testing::DecodeLzwBlock;
+using testing::IndexImage;
+using testing::Indices;
+using testing::LzwStreamInfo;
+
+struct Encoded {
+  GifStatus status;
+  std::vector<uint8_t> bytes;
+};
+
+Encoded Encode(const ImageBlock& image, int bit_count) {
+  MemorySink sink;
+  LzwEncoder lzw;
+  GifStatus st = lzw.Encode(sink, image, bit_count);
+  return {st, sink.bytes()};
+}
+
+// The classic hashed encoder, kept as an oracle: 5003 slots addressed by
+// (index << 4) ^ prefix with a slot-dependent backward probe, codes packed
+// byte by byte. The production encoder's table differs; its bytes must not.
+std::vector<uint8_t> ClassicEncode(const ImageBlock& image, int code_size) {
+  constexpr int kSlots = 5003;
+  std::vector<int32_t> keys(kSlots, -1);
+  std::vector<uint16_t> codes(kSlots);
+  std::vector<uint8_t> out = {static_cast<uint8_t>(code_size)}, block;
+  uint32_t acc = 0;
+  int acc_bits = 0;
+  const int clear = 1 << code_size, end = clear + 1;
+  int width = code_size + 1, max_code = (1 << width) - 1, next = clear + 2;
+  auto byte = [&](uint8_t b) {
+    block.push_back(b);
+    if (block.size() == 255) {
+      out.push_back(255);
+      out.insert(out.end(), block.begin(), block.end());
+      block.clear();
+    }
+  };
+  auto put = [&](int code) {
+    acc |= static_cast<uint32_t>(code) << acc_bits;
+    for (acc_bits += width; acc_bits >= 8; acc_bits -= 8, acc >>= 8)
+      byte(static_cast<uint8_t>(acc));
+  };
+  auto emit = [&](int code) {
+    put(code);
+    if (next > max_code && ++width <= 12) max_code = width == 12 ? 4096 : (1 << width) - 1;
+  };
+  std::vector<uint8_t> px = Indices(image);
+  int prefix = px[0];
+  put(clear);
+  for (size_t i = 1; i < px.size(); ++i) {
+    const int c = px[i], key = (c << 12) | prefix;
+    int slot = (c << 4) ^ prefix;
+    const int step = slot == 0 ? 1 : kSlots - slot;
+    while (keys[slot] >= 0 && keys[slot] != key)
+      if ((slot -= step) < 0) slot += kSlots;
+    if (keys[slot] == key) {
+      prefix = codes[slot];
+      continue;
+    }
+    emit(prefix);
+    prefix = c;
+    if (next < 4096) {
+      keys[slot] = key;
+      codes[slot] = static_cast<uint16_t>(next++);
+    } else {
+      put(clear);
+      std::fill(keys.begin(), keys.end(), -1);
+      width = code_size + 1, max_code = (1 << width) - 1, next = clear + 2;
+    }
+  }
+  emit(prefix);
+  put(end);
+  if (acc_bits > 0) byte(static_cast<uint8_t>(acc));  // last partial byte, zero-padded
+  if (!block.empty()) {
+    out.push_back(static_cast<uint8_t>(block.size()));
+    out.insert(out.end(), block.begin(), block.end());
+  }
+  out.push_back(0);
+  return out;
+}
+
+// Decodes and checks the block is exactly what the encoder wrote.
+std::vector<uint8_t> Decode(const std::vector<uint8_t>& bytes, const ImageBlock& image,
+                            LzwStreamInfo* info) {
+  std::vector<uint8_t> out;
+  std::string error;
+  size_t pixels = static_cast<size_t>(image.width()) * image.height();
+  EXPECT_TRUE(DecodeLzwBlock(bytes.data(), bytes.size(), pixels, &out, info, &error)) << error;
+  EXPECT_EQ(info->bytes_consumed, bytes.size());
+  return out;
+}
+
+TEST(LzwCodeSize, OneBecomesTwoAndOnlyTwoToNineAreAccepted) {
+  EXPECT_EQ(LzwCodeSize(1), 2);
+  for (int b = 2; b <= 9; ++b) EXPECT_EQ(LzwCodeSize(b), b);
+  EXPECT_EQ(LzwCodeSize(0), 0);
+  EXPECT_EQ(LzwCodeSize(10), 0);
+  EXPECT_EQ(LzwCodeSize(-1), 0);
+}
+
+// Every GIF bit count at sizes that catch stride, padding and row-order faults;
+// the decoded indices must equal the reference accessor's, pixel for pixel.
+TEST(LzwEncoder, RoundTripsEveryBitCountAtOddSizes) {
+  const int sizes[][2] = {{47, 33}, {1, 1}, {255, 3}, {3, 255}, {1, 97}, {97, 1}, {33, 47}};
+  for (int bits = 1; bits <= 8; ++bits) {
+    for (auto [w, h] : sizes) {
+      for (bool noise : {false, true}) {
+        SCOPED_TRACE(::testing::Message() << bits << " bits " << w << "x" << h << " " << noise);
+        ImageBlock image = IndexImage(w, h, testing::DepthForGifBits(bits), (1 << bits) - 1,
+                                      static_cast<uint32_t>(w * h + bits), noise);
+        Encoded e = Encode(image, bits);
+        ASSERT_EQ(e.status, GifStatus::kOk);
+        EXPECT_EQ(e.bytes[0], bits == 1 ? 2 : bits);  // minimum code size byte
+        LzwStreamInfo info;
+        EXPECT_EQ(Decode(e.bytes, image, &info), Indices(image));
+        EXPECT_EQ(e.bytes, ClassicEncode(image, bits == 1 ? 2 : bits));
+      }
+    }
+  }
+}
+
+// 512x512 noise fills the 4096-code table dozens of times: every reset must
+// stay in step with the decoder, widths must stop at 12, and sub-blocks must be
+// full except the last.
+TEST(LzwEncoder, LargeNoiseResetsTheTableAndStaysDecodable) {
+  ImageBlock image = IndexImage(512, 512, 8, 255, 7, true);
+  Encoded e = Encode(image, 8);
+  ASSERT_EQ(e.status, GifStatus::kOk);
+  LzwStreamInfo info;
+  EXPECT_EQ(Decode(e.bytes, image, &info), Indices(image));
+  EXPECT_EQ(e.bytes, ClassicEncode(image, 8));
+  EXPECT_GT(info.clear_codes, 20);
+  EXPECT_EQ(info.max_code_width, 12);
+  ASSERT_GT(info.block_sizes.size(), 1u);
+  for (size_t i = 0; i + 1 < info.block_sizes.size(); ++i) ASSERT_EQ(info.block_sizes[i], 255);
+  EXPECT_GE(info.block_sizes.back(), 1);
+  EXPECT_LE(info.block_sizes.back(), 255);
+}
+
+TEST(LzwEncoder, SmoothPicturesCompressAndReuseTablesAcrossFrames) {
+  MemorySink sink;
+  LzwEncoder lzw;
+  ImageBlock smooth = IndexImage(128, 128, 8, 255, 1, false);
+  ImageBlock noise = IndexImage(61, 17, 4, 15, 2, true);
+  ASSERT_EQ(lzw.Encode(sink, smooth, 8), GifStatus::kOk);
+  const size_t first = sink.bytes().size();
+  EXPECT_LT(first, 128u * 128 / 2);
+  ASSERT_EQ(lzw.Encode(sink, noise, 4), GifStatus::kOk);
+  LzwStreamInfo info;
+  std::vector<uint8_t> one(sink.bytes().begin(), sink.bytes().begin() + first);
+  std::vector<uint8_t> two(sink.bytes().begin() + first, sink.bytes().end());
+  EXPECT_EQ(Decode(one, smooth, &info), Indices(smooth));
+  EXPECT_EQ(Decode(two, noise, &info), Indices(noise));
+}
+
+TEST(LzwEncoder, CodeSizeNineIsAcceptedForEightBitPictures) {
+  ImageBlock image = IndexImage(40, 30, 8, 255, 3, true);
+  Encoded e = Encode(image, 9);
+  ASSERT_EQ(e.status, GifStatus::kOk);
+  EXPECT_EQ(e.bytes[0], 9);
+  EXPECT_EQ(e.bytes, ClassicEncode(image, 9));
+  LzwStreamInfo info;
+  EXPECT_EQ(Decode(e.bytes, image, &info), Indices(image));
+}
+
+TEST(LzwEncoder, RefusesBeforeWritingAnything) {
+  ImageBlock eight = IndexImage(5, 5, 8, 255, 1, true);
+  for (int bits : {0, 10, 16, -3}) {
+    Encoded e = Encode(eight, bits);
+    EXPECT_EQ(e.status, GifStatus::kBadArgument) << bits;
+    EXPECT_TRUE(e.bytes.empty());
+  }
+  ImageBlock rgb = ImageCreate(4, 4, nullptr, 24);
+  EXPECT_EQ(Encode(rgb, 8).status, GifStatus::kBadArgument);
+  EXPECT_EQ(Encode(ImageBlock(), 8).status, GifStatus::kBadArgument);
+
+  // Index 16 would collide with the clear code of a 4-bit stream.
+  ImageBlock wide = IndexImage(9, 3, 8, 15, 1, true);
+  ImageSetPixel(wide, 8, 2, 16);
+  Encoded e = Encode(wide, 4);
+  EXPECT_EQ(e.status, GifStatus::kIndexTooLarge);
+  EXPECT_TRUE(e.bytes.empty());
+  ImageSetPixel(wide, 8, 2, 15);
+  EXPECT_EQ(Encode(wide, 4).status, GifStatus::kOk);
+}
+
+// An odd-width 4-bit row ends in a padding nibble that is not a pixel.
+TEST(LzwIndicesFit, ChecksBothNibblesButNotPadding) {
+  ImageBlock image = IndexImage(3, 2, 4, 3, 5, true);
+  image.Row(1)[1] |= 0x0F;  // padding nibble after pixel 2
+  EXPECT_TRUE(LzwIndicesFit(image, 2));
+  ImageSetPixel(image, 1, 0, 4);  // low nibble of the first byte
+  EXPECT_FALSE(LzwIndicesFit(image, 2));
+  EXPECT_TRUE(LzwIndicesFit(image, 3));
+  EXPECT_FALSE(LzwIndicesFit(ImageCreate(2, 2, nullptr, 32), 8));
+}
+
+TEST(LzwEncoder, ReportsAFailingSinkAndShortMemory) {
+  ImageBlock image = IndexImage(200, 200, 8, 255, 9, true);
+  for (size_t budget : {size_t{0}, size_t{1}, size_t{3000}}) {
+    testing::FailingSink sink(budget);
+    LzwEncoder lzw;
+    EXPECT_EQ(lzw.Encode(sink, image, 8), GifStatus::kWriteFailed) << budget;
+  }
+  MemorySink sink;
+  LzwEncoder lzw;
+  AllocFailureScope fail(0);
+  EXPECT_EQ(lzw.Encode(sink, image, 8), GifStatus::kNoMemory);
+  EXPECT_TRUE(sink.bytes().empty());
+}
+
+}  // namespace
+}  // namespace tess

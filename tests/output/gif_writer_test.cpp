@@ -1,0 +1,218 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "output/gif_writer.h"
+#include "tests/output/gif_test_images.h"
+#include "tests/support/gif_decoder.h"
+
+namespace tess {
+namespace {
+
+using testing::DecodedGif;
+using testing::IndexImage;
+using testing::Indices;
+
+std::vector<uint8_t> Ramp(int entries, int offset) {
+  std::vector<uint8_t> t;
+  for (int i = 0; i < entries; ++i)
+    for (int c = 0; c < 3; ++c) t.push_back(static_cast<uint8_t>(i * 3 + c + offset));
+  return t;
+}
+
+GifScreen Screen(int w, int h, const std::vector<uint8_t>* table, int bits) {
+  GifScreen s;
+  s.width = w;
+  s.height = h;
+  s.global_table = table ? table->data() : nullptr;
+  s.table_bits = bits;
+  return s;
+}
+
+DecodedGif MustDecode(const std::vector<uint8_t>& bytes) {
+  DecodedGif gif;
+  std::string error;
+  EXPECT_TRUE(testing::DecodeGif(bytes, &gif, &error)) << error;
+  return gif;
+}
+
+// The shape a size-optimising host writes: global table, loop, comments,
+// a full first frame, then a cropped frame at an offset with its own table.
+TEST(GifWriter, OptimisedAnimationDecodesFieldByField) {
+  const std::vector<uint8_t> global = Ramp(256, 0), local = Ramp(32, 100);
+  ImageBlock full = IndexImage(47, 33, 8, 255, 1, false);
+  ImageBlock crop = IndexImage(13, 7, 8, 31, 2, true);
+  const std::string long_comment(600, 'x');
+
+  MemorySink sink;
+  GifWriter w(sink);
+  GifScreen screen = Screen(47, 33, &global, 8);
+  screen.background_index = 9;
+  ASSERT_EQ(w.WriteHeader(screen), GifStatus::kOk);
+  ASSERT_EQ(w.WriteLoopExtension(3), GifStatus::kOk);
+  ASSERT_EQ(w.WriteComment("made by a test"), GifStatus::kOk);
+  ASSERT_EQ(w.WriteGraphicControl({GifControlFlags(GifDisposal::kKeep, false), 10, 0}),
+            GifStatus::kOk);
+  ASSERT_EQ(w.WriteFrame({0, 0, 47, 33, 8, nullptr}, full), GifStatus::kOk);
+  ASSERT_EQ(w.WriteGraphicControl({GifControlFlags(GifDisposal::kKeep, true), 7, 31}),
+            GifStatus::kOk);
+  ASSERT_EQ(w.WriteImageDescriptor({34, 26, 13, 7, 5, local.data()}), GifStatus::kOk);
+  ASSERT_EQ(w.WriteImageData(crop), GifStatus::kOk);
+  ASSERT_EQ(w.WriteComment(long_comment), GifStatus::kOk);
+  ASSERT_EQ(w.WriteComment(""), GifStatus::kOk);
+  ASSERT_EQ(w.WriteTrailer(), GifStatus::kOk);
+  EXPECT_EQ(w.frame_count(), 2);
+
+  DecodedGif gif = MustDecode(sink.bytes());
+  EXPECT_EQ(gif.version, "89a");
+  EXPECT_EQ(gif.width, 47);
+  EXPECT_EQ(gif.height, 33);
+  EXPECT_EQ(gif.screen_flags, 0x87);
+  EXPECT_EQ(gif.background_index, 9);
+  EXPECT_EQ(gif.global_table, global);
+  EXPECT_EQ(gif.loop_count, 3);
+  EXPECT_EQ(gif.comments, (std::vector<std::string>{"made by a test", long_comment, ""}));
+  ASSERT_EQ(gif.frames.size(), 2u);
+
+  const auto& f0 = gif.frames[0];
+  ASSERT_TRUE(f0.control);
+  EXPECT_EQ(f0.control->disposal(), 1);
+  EXPECT_FALSE(f0.control->has_transparency());
+  EXPECT_EQ(f0.control->delay, 10);
+  EXPECT_EQ(f0.descriptor_flags, 0x07);
+  EXPECT_TRUE(f0.local_table.empty());
+  EXPECT_EQ(f0.indices, Indices(full));
+
+  const auto& f1 = gif.frames[1];
+  EXPECT_EQ(f1.control->flags, 0x05);
+  EXPECT_EQ(f1.control->transparent_index, 31);
+  EXPECT_EQ(f1.control->delay, 7);
+  EXPECT_EQ(f1.left, 34);
+  EXPECT_EQ(f1.top, 26);
+  EXPECT_EQ(f1.descriptor_flags, 0x84);
+  EXPECT_EQ(f1.local_table, local);
+  EXPECT_EQ(f1.lzw.min_code_size, 5);
+  EXPECT_EQ(f1.indices, Indices(crop));
+}
+
+// Offsets of single fields, so a swapped or mis-sized field shows up even if
+// the decoder had the same mistake.
+TEST(GifWriter, PinsBlockBytes) {
+  const std::vector<uint8_t> table = Ramp(2, 0);
+  MemorySink sink;
+  GifWriter w(sink);
+  GifScreen screen = Screen(0x1234, 0x0102, &table, 1);
+  screen.colour_resolution = 7;
+  screen.table_sorted = true;
+  screen.pixel_aspect = 49;
+  ASSERT_EQ(w.WriteHeader(screen), GifStatus::kOk);
+  ASSERT_EQ(w.WriteLoopExtension(0x0203), GifStatus::kOk);
+  ASSERT_EQ(w.WriteGraphicControl({0x1D, 0x0A0B, 0xEE}), GifStatus::kOk);
+  ASSERT_EQ(w.WriteImageDescriptor({0x0304, 0x0005, 2, 1, 1, nullptr}), GifStatus::kOk);
+  const std::vector<uint8_t> expected = {
+      'G', 'I', 'F', '8', '9', 'a', 0x34, 0x12, 0x02, 0x01, 0xF8, 0, 49,  // screen
+      0, 1, 2, 3, 4, 5,                                                   // global table
+      0x21, 0xFF, 11, 'N', 'E', 'T', 'S', 'C', 'A', 'P', 'E', '2', '.', '0', 3, 1, 0x03, 0x02, 0,
+      0x21, 0xF9, 4, 0x1D, 0x0B, 0x0A, 0xEE, 0,           // graphic control
+      0x2C, 0x04, 0x03, 0x05, 0x00, 2, 0, 1, 0, 0x00,     // descriptor
+  };
+  EXPECT_EQ(sink.bytes(), expected);
+  EXPECT_EQ(w.state(), GifWriter::State::kDescriptor);
+}
+
+TEST(GifWriter, HeaderWithoutGlobalTable) {
+  MemorySink sink;
+  GifWriter w(sink);
+  ASSERT_EQ(w.WriteHeader(Screen(1, 1, nullptr, 5)), GifStatus::kOk);
+  EXPECT_EQ(sink.bytes().size(), 13u);
+  EXPECT_EQ(sink.bytes()[10], 0x00);
+}
+
+// Misuse is refused without writing a byte, and the writer can go on.
+TEST(GifWriter, BlocksOutOfOrderAreRefusedAndWriteNothing) {
+  const std::vector<uint8_t> table = Ramp(16, 0);
+  ImageBlock img = IndexImage(4, 4, 4, 15, 1, true);
+  MemorySink sink;
+  GifWriter w(sink);
+  EXPECT_EQ(w.WriteGraphicControl({}), GifStatus::kOutOfOrder);
+  EXPECT_EQ(w.WriteFrame({0, 0, 4, 4, 4, nullptr}, img), GifStatus::kOutOfOrder);
+  EXPECT_EQ(w.WriteComment("x"), GifStatus::kOutOfOrder);
+  EXPECT_EQ(w.WriteLoopExtension(0), GifStatus::kOutOfOrder);
+  EXPECT_EQ(w.WriteTrailer(), GifStatus::kOutOfOrder);
+  EXPECT_TRUE(sink.bytes().empty());
+
+  ASSERT_EQ(w.WriteHeader(Screen(8, 8, &table, 4)), GifStatus::kOk);
+  size_t size = sink.bytes().size();
+  EXPECT_EQ(w.WriteHeader(Screen(8, 8, &table, 4)), GifStatus::kOutOfOrder);
+  EXPECT_EQ(w.WriteImageData(img), GifStatus::kOutOfOrder);
+
+  ASSERT_EQ(w.WriteGraphicControl({}), GifStatus::kOk);
+  size = sink.bytes().size();
+  EXPECT_EQ(w.WriteGraphicControl({}), GifStatus::kOutOfOrder);
+  EXPECT_EQ(w.WriteComment("between control and frame"), GifStatus::kOutOfOrder);
+  EXPECT_EQ(w.WriteTrailer(), GifStatus::kOutOfOrder);
+  EXPECT_EQ(sink.bytes().size(), size);
+
+  ASSERT_EQ(w.WriteImageDescriptor({4, 4, 4, 4, 4, nullptr}), GifStatus::kOk);
+  EXPECT_EQ(w.WriteComment("x"), GifStatus::kOutOfOrder);
+  EXPECT_EQ(w.WriteImageDescriptor({0, 0, 4, 4, 4, nullptr}), GifStatus::kOutOfOrder);
+  ASSERT_EQ(w.WriteImageData(img), GifStatus::kOk);
+  EXPECT_EQ(w.WriteLoopExtension(0), GifStatus::kOutOfOrder);  // only before the first frame
+  ASSERT_EQ(w.WriteTrailer(), GifStatus::kOk);
+
+  size = sink.bytes().size();
+  EXPECT_EQ(w.WriteComment("late"), GifStatus::kOutOfOrder);
+  EXPECT_EQ(w.WriteFrame({0, 0, 4, 4, 4, nullptr}, img), GifStatus::kOutOfOrder);
+  EXPECT_EQ(w.WriteTrailer(), GifStatus::kOutOfOrder);
+  EXPECT_EQ(sink.bytes().size(), size);
+  EXPECT_EQ(MustDecode(sink.bytes()).frames.size(), 1u);
+}
+
+TEST(GifWriter, BadArgumentsAreRefusedAndWriteNothing) {
+  const std::vector<uint8_t> table = Ramp(256, 0);
+  MemorySink sink;
+  GifWriter w(sink);
+  EXPECT_EQ(w.WriteHeader(Screen(0, 5, &table, 8)), GifStatus::kBadArgument);
+  EXPECT_EQ(w.WriteHeader(Screen(65536, 5, &table, 8)), GifStatus::kBadArgument);
+  EXPECT_EQ(w.WriteHeader(Screen(5, 5, &table, 9)), GifStatus::kBadArgument);
+  EXPECT_EQ(w.WriteHeader(Screen(5, 5, &table, 0)), GifStatus::kBadArgument);
+  EXPECT_TRUE(sink.bytes().empty());
+  ASSERT_EQ(w.WriteHeader(Screen(20, 10, &table, 8)), GifStatus::kOk);
+  const size_t size = sink.bytes().size();
+
+  ImageBlock img = IndexImage(10, 5, 8, 255, 1, true);
+  // Past the right, past the bottom, off the left, 9 and 0 bits, size mismatch.
+  EXPECT_EQ(w.WriteFrame({11, 0, 10, 5, 8, nullptr}, img), GifStatus::kBadArgument);
+  EXPECT_EQ(w.WriteFrame({0, 6, 10, 5, 8, nullptr}, img), GifStatus::kBadArgument);
+  EXPECT_EQ(w.WriteFrame({-1, 0, 10, 5, 8, nullptr}, img), GifStatus::kBadArgument);
+  EXPECT_EQ(w.WriteFrame({0, 0, 10, 5, 9, nullptr}, img), GifStatus::kBadArgument);
+  EXPECT_EQ(w.WriteFrame({0, 0, 10, 5, 0, nullptr}, img), GifStatus::kBadArgument);
+  EXPECT_EQ(w.WriteFrame({0, 0, 9, 5, 8, nullptr}, img), GifStatus::kBadArgument);
+  EXPECT_EQ(w.WriteFrame({0, 0, 10, 5, 4, nullptr}, img), GifStatus::kIndexTooLarge);
+  EXPECT_EQ(w.WriteFrame({0, 0, 10, 5, 8, nullptr}, ImageCreate(10, 5, nullptr, 24)),
+            GifStatus::kBadArgument);
+  EXPECT_EQ(sink.bytes().size(), size);
+  EXPECT_EQ(w.WriteFrame({10, 5, 10, 5, 8, nullptr}, img), GifStatus::kOk);  // in the corner
+}
+
+// A sink that fails part-way leaves the writer failed: every later call says
+// so instead of appending to a broken file.
+TEST(GifWriter, AFailingSinkFailsTheWriterForGood) {
+  const std::vector<uint8_t> table = Ramp(256, 0);
+  ImageBlock img = IndexImage(64, 64, 8, 255, 4, true);
+  for (size_t budget : {size_t{5}, size_t{13}, size_t{800}, size_t{820}, size_t{2000}}) {
+    SCOPED_TRACE(budget);
+    testing::FailingSink sink(budget);
+    GifWriter w(sink);
+    GifStatus st = w.WriteHeader(Screen(64, 64, &table, 8));
+    if (st == GifStatus::kOk) st = w.WriteGraphicControl({});
+    if (st == GifStatus::kOk) st = w.WriteFrame({0, 0, 64, 64, 8, nullptr}, img);
+    EXPECT_EQ(st, GifStatus::kWriteFailed);
+    EXPECT_EQ(w.state(), GifWriter::State::kFailed);
+    EXPECT_EQ(w.WriteComment("x"), GifStatus::kWriteFailed);
+    EXPECT_EQ(w.WriteTrailer(), GifStatus::kWriteFailed);
+  }
+}
+
+}  // namespace
+}  // namespace tess
