@@ -2,6 +2,7 @@
 #include "shell/dialog_pages.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "shell/document.h"
 #include "styles/page_layout.h"
@@ -83,6 +84,12 @@ int32_t SpinFieldValue(std::string_view spin_text, std::string_view field_text) 
 int32_t StoredSpinValue(const SpinRange& range, int32_t stored) {
   int64_t value = range.min < 0 ? int64_t{stored} : int64_t{static_cast<uint32_t>(stored)};
   return ClampSpin(range, value);
+}
+
+uint32_t ColourTextValue(std::string_view text) {
+  constexpr int64_t kMax = std::numeric_limits<uint32_t>::max();
+  int64_t n = ParseValueNumber(text);
+  return n > kMax || n < -kMax ? static_cast<uint32_t>(kMax) : static_cast<uint32_t>(n);
 }
 
 int32_t ShiftResetDelay(uint32_t host_capabilities) {

@@ -62,6 +62,12 @@ std::vector<PageWindow> PageWindows(const StyleEntry& style);
 // Items of a drop-down's ';'-separated list; empty for null or empty text.
 std::vector<std::string> SplitItems(const char* items);
 
+// The palette list's items, in palette-choice order, as one ';' string.
+inline constexpr const char* kPaletteListItems =
+    "Black and white;Sixteen-color Windows;32-color orthogonal;64-color orthogonal;"
+    "128-color orthogonal;216-color safe;256-color orthogonal;256-color with gray;"
+    "256 gray levels";
+
 // ---------------------------------------------------------------- spin fields
 
 // The value a spin field stands for: its text read as a number (leading
@@ -73,6 +79,11 @@ int32_t SpinFieldValue(std::string_view spin_text, std::string_view field_text);
 // unless the range reaches below zero (so a stored -1 is huge, not small),
 // then clamped.
 int32_t StoredSpinValue(const SpinRange& range, int32_t stored);
+
+// The colour a colour button's window text stands for, read as an unsigned
+// conversion reads it: negative numbers wrap, numbers too large for 32 bits
+// give the largest value.
+uint32_t ColourTextValue(std::string_view text);
 
 // The delay that holding Shift while the dialog opens resets to: 4 when the
 // host's capability bit 0 is set (its Delay range is then "1,25,4"), else 10.
