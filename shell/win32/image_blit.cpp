@@ -30,7 +30,7 @@ bool StretchImage(HDC dc, const RECT& target, const ImageBlock& image) {
                             target.bottom - target.top, 0, 0, image.width(), image.height(),
                             Bits(image), Info(image), DIB_RGB_COLORS, SRCCOPY);
   SetStretchBltMode(dc, previous);
-  return lines != 0 && lines != GDI_ERROR;
+  return lines != 0 && lines != static_cast<int>(GDI_ERROR);
 }
 
 }  // namespace tess::win32

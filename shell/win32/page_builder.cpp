@@ -111,6 +111,9 @@ bool CreatePage(const PageBuildContext& context, const StyleEntry& style, HWND* 
     SetWindowPos(hwnd, *insert_after, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
     *insert_after = hwnd;
     if (w.role == PageWindowRole::kComboBox) FillDropDown(hwnd, *w.control);
+    // Five-digit seeds fit beside the up-down only with slim margins.
+    if (w.role == PageWindowRole::kEdit)
+      SendMessageA(hwnd, EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, MAKELONG(1, 1));
     if (w.role == PageWindowRole::kUpDown)
       PrepareUpDown(hwnd, GetDlgItem(context.dialog, w.control->id), *w.control);
   }
