@@ -232,6 +232,10 @@ BOOL MainDialog::InitDialog() {
 
 void MainDialog::ReadConfiguration() {
   ReadSettings(ConfigFilePath(m_platform), m_settings, m_platform);
+  // The product's writers never make folders: the preview files, pattern
+  // files and the configuration all find theirs ready.
+  std::string folder = AppDataPath(m_platform, kPluginFolder);
+  if (!folder.empty()) EnsureFolderExists(folder);
 }
 
 void MainDialog::ApplyTrueColourCapability() {
@@ -585,8 +589,6 @@ void MainDialog::Closing() {
   m_emblem_timer.Stop();
   // Subclasses go while their windows still exist.
   m_controls.clear();
-  std::string folder = AppDataPath(m_platform, "");
-  if (!folder.empty()) EnsureFolderExists(folder);
   WriteSettings(ConfigFilePath(m_platform), m_settings, m_platform);
 }
 
