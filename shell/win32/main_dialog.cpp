@@ -94,6 +94,12 @@ class WaitCursorFrontEnd final : public BuildFrontEnd {
   HCURSOR m_previous = nullptr;
 };
 
+// A drop-down's choice is made when its list closes up, or when the keyboard
+// changes the selection while the list is closed (no close-up follows then).
+bool ListChosen(HWND list, UINT code) {
+  return code == CBN_CLOSEUP || (code == CBN_SELCHANGE && list && !ComboBox_GetDroppedState(list));
+}
+
 void EnableControl(HWND dialog, int id, bool enabled) {
   if (HWND control = GetDlgItem(dialog, id)) EnableWindow(control, enabled);
 }
@@ -415,7 +421,7 @@ void MainDialog::Command(int id, HWND control, UINT code) {
     case kCancelButton: EndDialog(m_hwnd, 0); return;
     case kHelpButton: ShowHelp(&m_help, m_reporter, kHelpAnchorMainDialog); return;
     case kPaletteList:
-      if (code == CBN_CLOSEUP) PaletteClosedUp();
+      if (ListChosen(control, code)) PaletteClosedUp();
       return;
     case kCustomPalette: FollowCustomPalette(); return;
     case kTestButton:
@@ -431,7 +437,7 @@ void MainDialog::Command(int id, HWND control, UINT code) {
     case kSaveCommand: SaveDocumentToCurrentName(); return;
     case kSaveAsCommand: SaveDocumentAs(); return;
     case kEffectList:
-      if (code == CBN_CLOSEUP) EffectClosedUp();
+      if (ListChosen(control, code)) EffectClosedUp();
       return;
     case kAboutButton: RunAboutDialog(m_instance, m_hwnd, &m_help, m_reporter); return;
   }

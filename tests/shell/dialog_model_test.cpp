@@ -13,6 +13,7 @@
 #include "shell/main_dialog_ids.h"
 #include "plugin/host_interface.h"
 #include "shell/sample_view.h"
+#include "shell/strings.h"
 #include "styles/page_layout.h"
 #include "styles/raster.h"
 #include "styles/style_table.h"
@@ -122,6 +123,12 @@ TEST(PageWindows, DropDownItemsSplitAtSemicolons) {
   EXPECT_TRUE(SplitItems(nullptr).empty());
 }
 
+TEST(PageWindows, PaletteListNamesThePalettesInChoiceOrder) {
+  std::vector<std::string> items = SplitItems(kPaletteListItems);
+  ASSERT_EQ(items.size(), static_cast<size_t>(kPaletteNameCount));
+  for (int i = 0; i < kPaletteNameCount; ++i) EXPECT_EQ(items[static_cast<size_t>(i)], PaletteName(i));
+}
+
 // ---------------------------------------------------------------- spin fields
 
 TEST(SpinFields, ValuesAreClampedNeverRefused) {
@@ -138,6 +145,16 @@ TEST(SpinFields, ValuesAreClampedNeverRefused) {
   // A range that does not parse reads as 0..100.
   EXPECT_EQ(SpinFieldValue("", "500"), 100);
   EXPECT_EQ(SpinFieldValue("garbage", "-5"), 0);
+}
+
+TEST(ColourText, ReadsAsAnUnsignedConversion) {
+  EXPECT_EQ(ColourTextValue("16711680"), 0x00FF0000u);
+  EXPECT_EQ(ColourTextValue("4294967295"), 0xFFFFFFFFu);
+  EXPECT_EQ(ColourTextValue("4294967296"), 0xFFFFFFFFu);  // too large: the largest value
+  EXPECT_EQ(ColourTextValue("-1"), 0xFFFFFFFFu);           // negative numbers wrap
+  EXPECT_EQ(ColourTextValue("-2"), 0xFFFFFFFEu);
+  EXPECT_EQ(ColourTextValue(""), 0u);
+  EXPECT_EQ(ColourTextValue("12 red"), 12u);
 }
 
 TEST(SpinFields, StoredNumbersAreUnsignedUnlessTheRangeIsSigned) {
