@@ -517,9 +517,10 @@ void MainDialog::DrawSample(const DRAWITEMSTRUCT& item) {
                                     m_settings.Number(Key::SampleWindowKeyLine) != 0)
                      : SampleRender{};
     m_sample_stale = false;
-    if (m_sample.picture)
-      SetDlgItemTextA(m_hwnd, kSampleSizeLabel,
-                      SampleSizeText(m_sample.image_width, m_sample.image_height).c_str());
+    // An empty sample has no size: the label must not keep the last effect's.
+    std::string size = m_sample.picture ? SampleSizeText(m_sample.image_width, m_sample.image_height)
+                                        : std::string();
+    SetDlgItemTextA(m_hwnd, kSampleSizeLabel, size.c_str());
   }
   if (!m_sample.picture || !BlitImage(dc, inner.left, inner.top, m_sample.picture)) {
     SelectClipRgn(dc, nullptr);
