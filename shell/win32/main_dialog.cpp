@@ -48,8 +48,6 @@ using namespace win32;
 constexpr int kMainDialogId = 1000;
 constexpr const char* kDialogTitle = "Tessarine #1";
 
-// The page group box; the pages' controls follow it in tab order.
-constexpr int kPageGroup = 26;
 // Where the pages' grid starts, in dialog units (inside the page group box).
 constexpr POINT kPageOrigin = {181, 30};
 
@@ -326,10 +324,9 @@ bool MainDialog::CreatePages() {
   context.settings = &m_settings;
   context.reporter = &m_reporter;
   context.choose_colour = [this](Colour& colour) { return ChooseColour(colour); };
-  HWND insert_after = GetDlgItem(m_hwnd, kPageGroup);
   for (const StyleEntry& style : StyleTable()) {
     ComboBox_AddString(effects, style.name);
-    if (!CreatePage(context, style, &insert_after, m_controls)) return false;
+    if (!CreatePage(context, style, m_controls)) return false;
   }
   return true;
 }

@@ -29,8 +29,9 @@ WindowSpec SpecFor(const PageWindow& w) {
       return {"EDIT", ES_AUTOHSCROLL | WS_TABSTOP | digits_only, WS_EX_CLIENTEDGE, ""};
     }
     case PageWindowRole::kUpDown:
-      return {UPDOWN_CLASSA, UDS_SETBUDDYINT | UDS_ALIGNRIGHT | UDS_ARROWKEYS | UDS_NOTHOUSANDS, 0,
-              c.spin};
+      // Placed by us beside its field (no UDS_ALIGNRIGHT): fewer window moves
+      // while six hundred windows are made.
+      return {UPDOWN_CLASSA, UDS_SETBUDDYINT | UDS_ARROWKEYS | UDS_NOTHOUSANDS, 0, c.spin};
     case PageWindowRole::kCheckBox:
       return {"BUTTON", BS_AUTOCHECKBOX | WS_TABSTOP, 0, c.label};
     case PageWindowRole::kColourButton:
@@ -45,11 +46,16 @@ WindowSpec SpecFor(const PageWindow& w) {
   return {"STATIC", SS_LEFT | SS_NOPREFIX, 0, c.label};
 }
 
+// A number field and its up-down share the declared cell: the up-down takes
+// a scroll bar's width at its right end.
 RECT PixelRect(const PageBuildContext& context, const PageWindow& w) {
   RECT r{context.origin.x + w.x, context.origin.y + w.y, context.origin.x + w.x + w.w,
          context.origin.y + w.y + w.h};
   MapDialogRect(context.dialog, &r);
+  int arrows = GetSystemMetrics(SM_CXVSCROLL);
   if (w.role == PageWindowRole::kComboBox) r.bottom += kDropDownExtraPixels;
+  if (w.role == PageWindowRole::kEdit) r.right -= arrows;
+  if (w.role == PageWindowRole::kUpDown) r.left = r.right - arrows;
   return r;
 }
 
@@ -102,14 +108,13 @@ std::unique_ptr<BoundControl> BindingFor(const PageBuildContext& context, const 
 
 }  // namespace
 
-bool CreatePage(const PageBuildContext& context, const StyleEntry& style, HWND* insert_after,
+bool CreatePage(const PageBuildContext& context, const StyleEntry& style,
                 std::vector<std::unique_ptr<BoundControl>>& bound) {
+  // New windows go to the end of the dialog's child list, so tab order and
+  // document order both follow the page declarations.
   for (const PageWindow& w : PageWindows(style)) {
     HWND hwnd = CreatePageWindow(context, w);
     if (!hwnd) return false;
-    // Tab order and document order both follow the page's declarations.
-    SetWindowPos(hwnd, *insert_after, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
-    *insert_after = hwnd;
     if (w.role == PageWindowRole::kComboBox) FillDropDown(hwnd, *w.control);
     // Five-digit seeds fit beside the up-down only with slim margins.
     if (w.role == PageWindowRole::kEdit)

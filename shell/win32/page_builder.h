@@ -31,11 +31,11 @@ struct PageBuildContext {
   ColourChooser choose_colour;
 };
 
-// Creates one page's windows, placing them after `*insert_after` in tab
-// order and moving it on to the last one, and adds their bound controls to
-// `bound`. False when a window could not be created or bound; what was
-// made stays with the dialog and goes with it.
-bool CreatePage(const PageBuildContext& context, const StyleEntry& style, HWND* insert_after,
+// Creates one page's windows after every existing child of the dialog (the
+// template ends with the effect list and the page group box) and adds their
+// bound controls to `bound`. False when a window could not be created or
+// bound; what was made stays with the dialog and goes with it.
+bool CreatePage(const PageBuildContext& context, const StyleEntry& style,
                 std::vector<std::unique_ptr<BoundControl>>& bound);
 
 // Shows the windows of page `shown` (an index into `table`, or none when it
