@@ -445,8 +445,9 @@ void MainDialog::Command(int id, HWND control, UINT code) {
 // delay field, then every page control. Page controls change nothing while
 // the dialog is not on screen.
 void MainDialog::PageCommand(HWND control, int id, UINT code) {
+  if (!m_ready) return;
   BoundControl* bound = BoundFor(control);
-  if (!bound || !m_ready) return;
+  if (!bound) return;
   if (id >= kFirstPageControlId && !IsWindowVisible(m_hwnd)) return;
   if (!bound->OnCommand(code) || id <= kLastOutputControlId) return;
   if (bound->IsSpinField())

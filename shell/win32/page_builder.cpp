@@ -76,11 +76,12 @@ void FillDropDown(HWND combo, const PageControl& c) {
   for (const std::string& item : SplitItems(c.spin)) ComboBox_AddString(combo, item.c_str());
 }
 
+SpinRange RangeOf(const PageControl& c) { return ParseSpinText(c.spin ? c.spin : ""); }
+
 void PrepareUpDown(HWND updown, HWND field, const PageControl& c) {
-  SpinRange range = ParseSpinText(c.spin ? c.spin : "");
+  SpinRange range = RangeOf(c);
   SendMessageA(updown, UDM_SETBUDDY, reinterpret_cast<WPARAM>(field), 0);
   SendMessageA(updown, UDM_SETRANGE32, static_cast<WPARAM>(range.min), range.max);
-  SendMessageA(updown, UDM_SETPOS32, 0, range.def);
 }
 
 // The bound control for a declaration, or null when it is stored nowhere
@@ -122,10 +123,15 @@ bool CreatePage(const PageBuildContext& context, const StyleEntry& style,
     if (w.role == PageWindowRole::kUpDown)
       PrepareUpDown(hwnd, GetDlgItem(context.dialog, w.control->id), *w.control);
   }
-  // Fields are bound once their up-downs exist: a field reads its range there.
+  // Fields are bound once their up-downs exist: a field reads its range
+  // there. A field stored nowhere shows its spin default.
   for (const PageControl& c : style.page) {
     std::unique_ptr<BoundControl> control = BindingFor(context, style, c);
-    if (!control) continue;
+    if (!control) {
+      if (HWND updown = GetDlgItem(context.dialog, c.id + kUpDownIdOffset))
+        SendMessageA(updown, UDM_SETPOS32, 0, RangeOf(c).def);
+      continue;
+    }
     if (!control->Attach(GetDlgItem(context.dialog, c.id))) return false;
     bound.push_back(std::move(control));
   }
