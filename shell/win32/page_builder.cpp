@@ -138,15 +138,9 @@ bool CreatePage(const PageBuildContext& context, const StyleEntry& style,
   return true;
 }
 
-void ShowPages(HWND dialog, std::span<const StyleEntry> table, int shown) {
-  SetWindowRedraw(dialog, FALSE);
-  for (size_t i = 0; i < table.size(); ++i) {
-    int show = static_cast<int>(i) == shown ? SW_SHOWNA : SW_HIDE;
-    for (const PageWindow& w : PageWindows(table[i]))
-      if (HWND hwnd = GetDlgItem(dialog, w.id)) ShowWindow(hwnd, show);
-  }
-  SetWindowRedraw(dialog, TRUE);
-  RedrawWindow(dialog, nullptr, nullptr, RDW_ERASE | RDW_FRAME | RDW_INVALIDATE | RDW_ALLCHILDREN);
+void ShowPage(HWND dialog, const StyleEntry& style, bool shown) {
+  for (const PageWindow& w : PageWindows(style))
+    if (HWND hwnd = GetDlgItem(dialog, w.id)) ShowWindow(hwnd, shown ? SW_SHOWNA : SW_HIDE);
 }
 
 }  // namespace tess::win32

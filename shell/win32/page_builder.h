@@ -1,8 +1,7 @@
 // Settings pages inside the main dialog: every page's controls are created
 // from the style table's declarations as hidden children of the dialog (a
 // label and the control per entry, an up-down after each number field), in
-// the dialog's font, and bound to their settings. Showing a page shows its
-// windows and hides every other page's.
+// the dialog's font, and bound to their settings.
 #pragma once
 
 #ifndef NOMINMAX
@@ -11,7 +10,6 @@
 #include <windows.h>
 
 #include <memory>
-#include <span>
 #include <vector>
 
 #include "base/report.h"
@@ -38,8 +36,7 @@ struct PageBuildContext {
 bool CreatePage(const PageBuildContext& context, const StyleEntry& style,
                 std::vector<std::unique_ptr<BoundControl>>& bound);
 
-// Shows the windows of page `shown` (an index into `table`, or none when it
-// is out of range) and hides all others.
-void ShowPages(HWND dialog, std::span<const StyleEntry> table, int shown);
+// Shows or hides the windows of one page.
+void ShowPage(HWND dialog, const StyleEntry& style, bool shown);
 
 }  // namespace tess::win32
