@@ -1,0 +1,24 @@
+// Whole-row pixel access for the remap, dither and quantizer loops, which are
+// too hot for the bounds-checked ImageGetPixel/ImageSetPixel. Every function
+// here gives exactly what those two would give for each pixel of the row.
+#pragma once
+
+#include <cstdint>
+
+#include "output/image.h"
+
+namespace tess {
+
+// Picture row y (top-down) as blue, green, red bytes, three per pixel: the
+// block's own row for 24 bits, otherwise `scratch` (3 * width bytes) filled
+// from the 32-bit pixels (the fourth byte dropped) or from the colour table.
+const uint8_t* BgrRow(const ImageBlock& image, int y, uint8_t* scratch);
+
+// The indices of row y of a 1-, 4- or 8-bit block, one byte per pixel.
+void UnpackIndexRow(const ImageBlock& image, int y, uint8_t* indices);
+
+// Stores one index per pixel into row y of a 1-, 4- or 8-bit block the way
+// ImageSetPixel would: the low byte, the low nibble, or 1 for any non-zero.
+void PackIndexRow(ImageBlock& image, int y, const uint8_t* indices);
+
+}  // namespace tess
