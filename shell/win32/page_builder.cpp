@@ -1,0 +1,141 @@
+// Page windows from declarations. Positions are dialog units mapped with the
+// dialog's own base units, so pages line up with the template at any font.
+#include "shell/win32/page_builder.h"
+
+#include <windowsx.h>
+
+#include "shell/dialog_pages.h"
+
+namespace tess::win32 {
+namespace {
+
+// A drop-down's list hangs below its edit: the window is this much taller.
+constexpr int kDropDownExtraPixels = 200;
+
+struct WindowSpec {
+  const char* window_class;
+  DWORD style;
+  DWORD ex_style;
+  const char* text;
+};
+
+WindowSpec SpecFor(const PageWindow& w) {
+  const PageControl& c = *w.control;
+  switch (w.role) {
+    case PageWindowRole::kLabel:
+      return {"STATIC", SS_LEFT | SS_CENTERIMAGE | SS_NOPREFIX, 0, c.label};
+    case PageWindowRole::kEdit: {
+      DWORD digits_only = ParseSpinText(c.spin ? c.spin : "").min >= 0 ? ES_NUMBER : 0;
+      return {"EDIT", ES_AUTOHSCROLL | WS_TABSTOP | digits_only, WS_EX_CLIENTEDGE, ""};
+    }
+    case PageWindowRole::kUpDown:
+      return {UPDOWN_CLASSA, UDS_SETBUDDYINT | UDS_ALIGNRIGHT | UDS_ARROWKEYS | UDS_NOTHOUSANDS, 0,
+              c.spin};
+    case PageWindowRole::kCheckBox:
+      return {"BUTTON", BS_AUTOCHECKBOX | WS_TABSTOP, 0, c.label};
+    case PageWindowRole::kColourButton:
+      return {"BUTTON", BS_OWNERDRAW | WS_TABSTOP, 0, "0"};
+    case PageWindowRole::kComboBox:
+      return {"COMBOBOX", CBS_DROPDOWNLIST | WS_VSCROLL | WS_TABSTOP, 0, ""};
+    case PageWindowRole::kPlaceholder:
+      return {"BUTTON", BS_PUSHBUTTON | WS_DISABLED, 0, "Default"};
+    case PageWindowRole::kText:
+      break;
+  }
+  return {"STATIC", SS_LEFT | SS_NOPREFIX, 0, c.label};
+}
+
+RECT PixelRect(const PageBuildContext& context, const PageWindow& w) {
+  RECT r{context.origin.x + w.x, context.origin.y + w.y, context.origin.x + w.x + w.w,
+         context.origin.y + w.y + w.h};
+  MapDialogRect(context.dialog, &r);
+  if (w.role == PageWindowRole::kComboBox) r.bottom += kDropDownExtraPixels;
+  return r;
+}
+
+HWND CreatePageWindow(const PageBuildContext& context, const PageWindow& w) {
+  WindowSpec spec = SpecFor(w);
+  RECT r = PixelRect(context, w);
+  HWND hwnd = CreateWindowExA(spec.ex_style, spec.window_class, spec.text ? spec.text : "",
+                              WS_CHILD | spec.style, r.left, r.top, r.right - r.left,
+                              r.bottom - r.top, context.dialog,
+                              reinterpret_cast<HMENU>(static_cast<INT_PTR>(w.id)), context.instance,
+                              nullptr);
+  if (!hwnd) return nullptr;
+  SetWindowFont(hwnd, context.font, FALSE);
+  return hwnd;
+}
+
+void FillDropDown(HWND combo, const PageControl& c) {
+  for (const std::string& item : SplitItems(c.spin)) ComboBox_AddString(combo, item.c_str());
+}
+
+void PrepareUpDown(HWND updown, HWND field, const PageControl& c) {
+  SpinRange range = ParseSpinText(c.spin ? c.spin : "");
+  SendMessageA(updown, UDM_SETBUDDY, reinterpret_cast<WPARAM>(field), 0);
+  SendMessageA(updown, UDM_SETRANGE32, static_cast<WPARAM>(range.min), range.max);
+  SendMessageA(updown, UDM_SETPOS32, 0, range.def);
+}
+
+// The bound control for a declaration, or null when it is stored nowhere
+// (fountain and matrix buttons keep their own files).
+std::unique_ptr<BoundControl> BindingFor(const PageBuildContext& context, const StyleEntry& style,
+                                         const PageControl& c) {
+  int index = c.key ? StyleKeyIndex(style.number, c.key) : -1;
+  if (index < 0) return nullptr;
+  Reporter& reporter = *context.reporter;
+  if (c.kind == ControlKind::kSignedSpin)
+    return std::make_unique<SignedSpinControl>(reporter, *context.settings, index);
+  int32_t* slot = context.settings->NumberSlot(index);
+  if (!slot) return nullptr;
+  switch (c.kind) {
+    case ControlKind::kSpin: return std::make_unique<SpinControl>(reporter, slot);
+    case ControlKind::kPicker: return std::make_unique<SpinControl>(reporter, slot, false);
+    case ControlKind::kCheck: return std::make_unique<CheckBoxControl>(reporter, slot);
+    case ControlKind::kColourButton:
+    case ControlKind::kFillButton:
+      return std::make_unique<ColourButtonControl>(reporter, slot, context.choose_colour);
+    case ControlKind::kDropDown: return std::make_unique<DropDownControl>(reporter, slot);
+    default: return nullptr;
+  }
+}
+
+}  // namespace
+
+bool CreatePage(const PageBuildContext& context, const StyleEntry& style, HWND* insert_after,
+                std::vector<std::unique_ptr<BoundControl>>& bound) {
+  for (const PageWindow& w : PageWindows(style)) {
+    HWND hwnd = CreatePageWindow(context, w);
+    if (!hwnd) return false;
+    // Tab order and document order both follow the page's declarations.
+    SetWindowPos(hwnd, *insert_after, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+    *insert_after = hwnd;
+    if (w.role == PageWindowRole::kComboBox) FillDropDown(hwnd, *w.control);
+    // Five-digit seeds fit beside the up-down only with slim margins.
+    if (w.role == PageWindowRole::kEdit)
+      SendMessageA(hwnd, EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, MAKELONG(1, 1));
+    if (w.role == PageWindowRole::kUpDown)
+      PrepareUpDown(hwnd, GetDlgItem(context.dialog, w.control->id), *w.control);
+  }
+  // Fields are bound once their up-downs exist: a field reads its range there.
+  for (const PageControl& c : style.page) {
+    std::unique_ptr<BoundControl> control = BindingFor(context, style, c);
+    if (!control) continue;
+    if (!control->Attach(GetDlgItem(context.dialog, c.id))) return false;
+    bound.push_back(std::move(control));
+  }
+  return true;
+}
+
+void ShowPages(HWND dialog, std::span<const StyleEntry> table, int shown) {
+  SetWindowRedraw(dialog, FALSE);
+  for (size_t i = 0; i < table.size(); ++i) {
+    int show = static_cast<int>(i) == shown ? SW_SHOWNA : SW_HIDE;
+    for (const PageWindow& w : PageWindows(table[i]))
+      if (HWND hwnd = GetDlgItem(dialog, w.id)) ShowWindow(hwnd, show);
+  }
+  SetWindowRedraw(dialog, TRUE);
+  RedrawWindow(dialog, nullptr, nullptr, RDW_ERASE | RDW_FRAME | RDW_INVALIDATE | RDW_ALLCHILDREN);
+}
+
+}  // namespace tess::win32
