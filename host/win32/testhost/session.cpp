@@ -21,11 +21,19 @@ BOOL CALLBACK CancelPopup(HWND hwnd, LPARAM) {
 }  // namespace
 
 Session::Session(const Plugin& plugin, HostDouble& host, const std::string& shot_folder)
-    : m_plugin(plugin), m_host(host), m_ui(GetCurrentThreadId(), m_marker.hwnd(), shot_folder) {}
+    : m_plugin(plugin),
+      m_host(host),
+      m_ui(GetCurrentThreadId(), m_marker.hwnd(), shot_folder),
+      m_host_thread(OpenThread(THREAD_QUERY_INFORMATION, FALSE, GetCurrentThreadId())) {}
+
+Session::~Session() {
+  if (m_host_thread) CloseHandle(m_host_thread);
+}
 
 void Session::Run(const HostRecord& record, Script script) {
   m_script = std::move(script);
   ActiveHost active(m_host);
+  m_called_cpu_ms = HostThreadCpuMs();
   QueryPerformanceCounter(&m_called);
   HANDLE worker = CreateThread(nullptr, 0, &Session::Worker, this, 0, nullptr);
   if (!worker) Fail("cannot start the worker thread");
@@ -71,6 +79,7 @@ HWND Session::OpenDialog() {
     HWND dialog = FindWindowA("#32770", kMainDialogCaption);
     if (dialog && IsWindowVisible(dialog)) {
       m_open_ms = MillisecondsSinceCall();
+      m_open_cpu_ms = HostThreadCpuMs() - m_called_cpu_ms;
       m_host.set_dialog(dialog);
       m_ui.Settle();
       return dialog;
@@ -92,6 +101,15 @@ double Session::MillisecondsSinceCall() const {
   QueryPerformanceCounter(&now);
   QueryPerformanceFrequency(&frequency);
   return static_cast<double>(now.QuadPart - m_called.QuadPart) * 1000.0 / frequency.QuadPart;
+}
+
+double Session::HostThreadCpuMs() const {
+  FILETIME created, exited, kernel, user;
+  if (!m_host_thread || !GetThreadTimes(m_host_thread, &created, &exited, &kernel, &user)) return 0;
+  auto ms = [](const FILETIME& t) {
+    return static_cast<double>((static_cast<uint64_t>(t.dwHighDateTime) << 32) | t.dwLowDateTime) / 1e4;
+  };
+  return ms(kernel) + ms(user);
 }
 
 }  // namespace tess::testhost

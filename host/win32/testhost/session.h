@@ -35,6 +35,9 @@ using Script = std::function<void(Session&)>;
 class Session {
  public:
   Session(const Plugin& plugin, HostDouble& host, const std::string& shot_folder);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
 
   // Calls PLUGINDoBuild with `record` while `script` runs; throws CaseFailure
   // with the script's failure once the dialog is closed again.
@@ -45,6 +48,9 @@ class Session {
   // as owner.
   HWND OpenDialog();
   double open_ms() const { return m_open_ms; }
+  // The host thread's processor time over the same span: what opening the
+  // dialog cost, whatever else the machine was doing.
+  double open_cpu_ms() const { return m_open_cpu_ms; }
   // True once PLUGINDoBuild has returned.
   bool WaitReturned(int timeout_ms);
   int32_t result() const { return m_result; }
@@ -56,6 +62,7 @@ class Session {
   static DWORD WINAPI Worker(void* self);
   void CloseLeftovers();
   double MillisecondsSinceCall() const;
+  double HostThreadCpuMs() const;
 
   const Plugin& m_plugin;
   HostDouble& m_host;
@@ -67,6 +74,9 @@ class Session {
   int32_t m_result = -1;
   LARGE_INTEGER m_called{};
   double m_open_ms = -1;
+  double m_open_cpu_ms = -1;
+  double m_called_cpu_ms = 0;
+  HANDLE m_host_thread = nullptr;
 };
 
 }  // namespace tess::testhost
