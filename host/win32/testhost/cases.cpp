@@ -421,6 +421,34 @@ void SetDocumentControls(Session& s, HWND dialog, int effect, bool first) {
   s.ui().Settle();
 }
 
+void ColourButtonAsksTheHost(Context& context) {
+  UseConfiguration(context, {{"MainEffect", kBuildingEffect}});
+  HostDouble host;
+  host.chosen_colour = 0x00336699;
+  WithDialog(context, host, "", [&](Session& s, HWND dialog) {
+    int button = 0;
+    for (const PageWindow& window : PageWindows(StyleTable()[1]))
+      if (window.role == PageWindowRole::kColourButton && !button) button = window.id;
+    Expect(button != 0, "the page has no colour button");
+    const std::string before = s.ui().Text(dialog, button);
+    s.ui().Click(dialog, button);
+    s.ui().Settle();
+    const HostCall* pick = host.Last(kHostChooseColour);
+    Expect(pick != nullptr, "the colour button did not ask the host");
+    const auto* sent = reinterpret_cast<const ColourPickerRecord*>(pick->record.data());
+    Expect(sent->colour == (ColourTextValue(before) & 0x00FFFFFFu), "the request did not carry the current colour");
+    Expect(s.ui().Text(dialog, button) == std::to_string(0x00336699), "chosen colour not taken");
+    s.ui().Shot(dialog, "colour_button_asks_the_host");
+    host.refuse = kHostChooseColour;
+    host.chosen_colour = 0x00FFFFFF;
+    s.ui().Click(dialog, button);
+    s.ui().Settle();
+    Expect(host.Sequence({kHostChooseColour}).size() == 2, "the second click did not ask the host");
+    Expect(s.ui().Text(dialog, button) == std::to_string(0x00336699), "a refused choice changed the colour");
+  });
+  ExpectNoProblems(host);
+}
+
 void DocumentSaveThenLoad(Context& context) {
   const std::string document = context.folder + "\\round.ts1";
   DeleteFileA(document.c_str());
@@ -479,6 +507,7 @@ constexpr TestCase kCases[] = {
     {"effect_pages_show_only_their_controls", &EffectPagesShowOnlyTheirControls},
     {"spin_typed_out_of_range_is_clamped", &SpinTypedOutOfRangeIsClamped},
     {"shift_held", &ShiftHeld},
+    {"colour_button_asks_the_host", &ColourButtonAsksTheHost},
     {"document_save_then_load", &DocumentSaveThenLoad},
     {"damaged_document_changes_nothing", &DamagedDocumentChangesNothing},
 };

@@ -147,8 +147,8 @@ int32_t HostDouble::Handle(HostCall& call, void* data) {
       return refused ? 0 : 1;
     case kHostChooseColour: {
       auto* picker = static_cast<ColourPickerRecord*>(data);
+      call.record = BytesOf(picker);  // as sent, before the answer goes in
       CheckPicker(*picker);
-      call.record = BytesOf(picker);
       return refused ? 0 : 1;
     }
     case kHostProgress:
@@ -197,7 +197,13 @@ void HostDouble::CheckPicker(ColourPickerRecord& picker) {
   call.command = kHostChooseColour;
   if (picker.size != sizeof(ColourPickerRecord)) Problem(call, "picker size");
   if (picker.version != kHostInterfaceVersion) Problem(call, "picker version");
-  if (!picker.palette) Problem(call, "picker has no palette");
+  if (!picker.palette) {
+    Problem(call, "picker has no palette");
+  } else {
+    // The swatches must be readable for their whole length.
+    uint8_t swatches[kPaletteBytes];
+    std::memcpy(swatches, reinterpret_cast<const void*>(picker.palette), sizeof swatches);
+  }
   if (picker.bits != 24 || picker.unused16 != 0) Problem(call, "picker bits or zero field");
   if (reinterpret_cast<HWND>(picker.owner) != m_dialog) Problem(call, "picker owner is not the dialog");
   if (refuse != kHostChooseColour) picker.colour = chosen_colour;
