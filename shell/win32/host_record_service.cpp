@@ -13,7 +13,9 @@ int32_t HostRecordService::Call(HostHandle object, int32_t command, intptr_t par
 
 HostHandle HostRecordService::LendImage(const ImageBlock& image) {
   if (!image) return 0;
-  HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, image.size());
+  // Shareable as well as movable: the host may hand the block on while it
+  // adds the image.
+  HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT | GMEM_DDESHARE, image.size());
   if (!block) return 0;
   void* bytes = GlobalLock(block);
   if (!bytes) {
