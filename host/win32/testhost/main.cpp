@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "host/win32/testhost/cases.h"
+#include "host/win32/testhost/dialog_cases.h"
 
 using namespace tess::testhost;
 
@@ -64,7 +65,9 @@ int main(int argc, char** argv) {
     std::printf("FAIL load: cannot load %s or find its two exports\n", argv[1]);
     ++failed;
   } else {
-    for (const TestCase& test : Cases()) {
+    std::vector<TestCase> cases(Cases().begin(), Cases().end());
+    cases.insert(cases.end(), DialogCases().begin(), DialogCases().end());
+    for (const TestCase& test : cases) {
       if (!Selected(test.name, argc, argv)) continue;
       if (context.log) std::fprintf(context.log, "== %s\n", test.name);
       std::string reason;
