@@ -12,14 +12,14 @@ namespace {
 // A drop-down's list hangs below its edit: the window is this much taller.
 constexpr int kDropDownExtraPixels = 200;
 
-struct WindowSpec {
+struct WindowTemplate {
   const char* window_class;
   DWORD style;
   DWORD ex_style;
   const char* text;
 };
 
-WindowSpec SpecFor(const PageWindow& w) {
+WindowTemplate TemplateFor(const PageWindow& w) {
   const PageControl& c = *w.control;
   switch (w.role) {
     case PageWindowRole::kLabel:
@@ -60,10 +60,10 @@ RECT PixelRect(const PageBuildContext& context, const PageWindow& w) {
 }
 
 HWND CreatePageWindow(const PageBuildContext& context, const PageWindow& w) {
-  WindowSpec spec = SpecFor(w);
+  WindowTemplate t = TemplateFor(w);
   RECT r = PixelRect(context, w);
-  HWND hwnd = CreateWindowExA(spec.ex_style, spec.window_class, spec.text ? spec.text : "",
-                              WS_CHILD | spec.style, r.left, r.top, r.right - r.left,
+  HWND hwnd = CreateWindowExA(t.ex_style, t.window_class, t.text ? t.text : "",
+                              WS_CHILD | t.style, r.left, r.top, r.right - r.left,
                               r.bottom - r.top, context.dialog,
                               reinterpret_cast<HMENU>(static_cast<INT_PTR>(w.id)), context.instance,
                               nullptr);
