@@ -108,7 +108,16 @@ class Win32Platform final : public Platform {
 
   char PathSeparator() const override { return '\\'; }
 
-  bool ShiftDown() override { return (GetKeyState(VK_SHIFT) & 0x8000) != 0; }
+  // TESSARINE_TEST_SHIFT, when set, stands in for the key so the Windows
+  // test host can open the dialog with Shift "held" ("1") or released
+  // (anything else). Read through the process environment, not the C
+  // runtime's copy, so a value set after the DLL loaded is seen.
+  bool ShiftDown() override {
+    char value[4] = {};
+    DWORD length = GetEnvironmentVariableA("TESSARINE_TEST_SHIFT", value, sizeof value);
+    if (length > 0 && length < sizeof value) return value[0] == '1' && value[1] == 0;
+    return (GetKeyState(VK_SHIFT) & 0x8000) != 0;
+  }
 
   LocalTime Now() override {
     SYSTEMTIME st{};

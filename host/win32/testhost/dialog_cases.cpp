@@ -1,0 +1,242 @@
+// Cases for the main dialog's own behaviour: document lines taken by message,
+// documents that match the settings they came from, the sample's size label,
+// the custom palette box, the first run and the About box. They run after the
+// cases of cases.cpp and start, like those, from the configuration the
+// dialog wrote on the first Cancel of the run.
+//
+// Sections: helpers · cases · table.
+#include "host/win32/testhost/dialog_cases.h"
+
+#include <fstream>
+#include <map>
+#include <sstream>
+
+#include "platform/platform.h"
+#include "shell/config_file.h"
+#include "shell/dialog_pages.h"
+#include "shell/main_dialog_ids.h"
+#include "styles/settings_document.h"
+#include "styles/style_table.h"
+
+namespace tess::testhost {
+namespace {
+
+constexpr int kBubbles = 1;   // renders: list entry 1
+constexpr int kGridlock = 5;  // no renderer yet
+constexpr UINT kMsgReadDocumentLine = 1335;
+constexpr int kAboutHelpButton = 9;
+constexpr int kAboutVersion = 1012;
+
+// ---------------------------------------------------------------- helpers
+
+std::string ConfigPath(const Context& context) {
+  return context.appdata + "\\Brindlewood\\zephyra1.ini";
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+std::string ConfigValue(const std::string& text, const std::string& key) {
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (line.rfind(key + " = ", 0) == 0) return line.substr(key.size() + 3);
+  }
+  return "<missing>";
+}
+
+void UseConfiguration(const Context& context, const std::map<std::string, std::string>& changes) {
+  Expect(!context.baseline.empty(), "no baseline configuration (the Cancel case failed)");
+  std::istringstream lines(context.baseline);
+  std::string text;
+  for (std::string line; std::getline(lines, line);) {
+    for (const auto& [key, value] : changes)
+      if (line.rfind(key + " = ", 0) == 0) line = key + " = " + value;
+    text += line + "\n";
+  }
+  std::ofstream out(ConfigPath(context), std::ios::binary | std::ios::trunc);
+  out << text;
+  Expect(static_cast<bool>(out), "cannot write the configuration");
+}
+
+// Opens the dialog, runs `body`, and presses Cancel unless the body closed it.
+void WithDialog(Context& context, HostDouble& host, const std::function<void(Session&, HWND)>& body) {
+  host.set_log(context.log);
+  Session session(context.plugin, host, context.shots);
+  session.Run(host.MakeRecord(true), [&](Session& s) {
+    HWND dialog = s.OpenDialog();
+    body(s, dialog);
+    if (IsWindow(dialog) && !s.WaitReturned(0)) {
+      s.ui().Click(dialog, kCancelButton);
+      Expect(s.WaitReturned(10000), "Cancel did not close the dialog");
+    }
+  });
+}
+
+// The first window of `role` on an effect's page.
+int FirstWindow(int effect, PageWindowRole role) {
+  for (const PageWindow& window : PageWindows(StyleTable()[effect]))
+    if (window.role == role) return window.id;
+  Fail("effect " + std::to_string(effect) + " has no window of the wanted kind");
+}
+
+LRESULT OfferLine(HWND dialog, int id, const std::string& line) {
+  return SendMessageA(GetDlgItem(dialog, id), kMsgReadDocumentLine, 0,
+                      reinterpret_cast<LPARAM>(line.c_str()));
+}
+
+void ExpectNoHostProblems(const HostDouble& host) {
+  if (!host.problems().empty()) Fail(host.problems().front());
+}
+
+// Polls until `ready` holds; the sample waits for timers, which Settle does not.
+template <class Predicate>
+bool Eventually(Predicate ready, int timeout_ms = 10000) {
+  for (int waited = 0; waited < timeout_ms; waited += 20) {
+    if (ready()) return true;
+    Sleep(20);
+  }
+  return ready();
+}
+
+// ---------------------------------------------------------------- cases
+
+// Lines reach a control by message: a number beyond the spin's range shows as
+// written and is stored clamped; a line of another kind or without "=" is
+// refused and changes nothing; windows that take no part ignore lines.
+void DocumentLinesByMessage(Context& context) {
+  UseConfiguration(context, {{"MainEffect", std::to_string(kBubbles)}});
+  HostDouble host;
+  const int width = PageControlId(0, 2);  // Bubbles "Width:", 16..1024
+  const int check = FirstWindow(kBubbles, PageWindowRole::kCheckBox);
+  WithDialog(context, host, [&](Session& s, HWND dialog) {
+    Expect(OfferLine(dialog, width, "SPNBTN" + std::to_string(width) + "== 5000") == 1,
+           "the number field refused its own line");
+    Expect(s.ui().Text(dialog, width) == "5000", "field shows " + s.ui().Text(dialog, width));
+    Expect(OfferLine(dialog, width, "CHKBOX" + std::to_string(width) + "=1") == 0,
+           "the number field took a check-box line");
+    Expect(OfferLine(dialog, width, "SPNBTN" + std::to_string(width) + "77") == 0,
+           "the number field took a line without \"=\"");
+    Expect(s.ui().Text(dialog, width) == "5000", "a refused line changed the field");
+    bool was = s.ui().Checked(dialog, check);
+    Expect(OfferLine(dialog, check, "CHKBOX" + std::to_string(check) + "=" + (was ? "0" : "1")) == 1,
+           "the check box refused its own line");
+    Expect(s.ui().Checked(dialog, check) != was, "the check box line changed nothing");
+    Expect(OfferLine(dialog, width + kPageLabelIdOffset, "SPNBTN1=1") == 0, "a label took a line");
+  });
+  std::string width_key = "Style000Width";
+  std::string stored = ConfigValue(ReadFile(ConfigPath(context)), width_key);
+  Expect(stored == "1024", width_key + " stored as " + stored + ", expected 1024");
+}
+
+// A document the dialog saves is, byte for byte, the document the portable
+// settings document writes from the configuration the dialog then closes
+// with: the dialog and the command line read each other's files.
+void SavedDocumentMatchesTheSettings(Context& context) {
+  const std::string document = context.folder + "\\from_dialog.ts1";
+  const std::string expected = context.folder + "\\from_settings.ts1";
+  DeleteFileA(document.c_str());
+  UseConfiguration(context, {{"CurrentFileName", document}, {"MainEffect", std::to_string(kBubbles)}});
+  HostDouble host;
+  WithDialog(context, host, [&](Session& s, HWND dialog) {
+    s.ui().SelectListItem(dialog, kEffectList, 7);
+    s.ui().SetText(dialog, kDelayEdit, "9");
+    s.ui().SetChecked(dialog, kDither, true);
+    s.ui().SetChecked(dialog, kCustomPalette, false);
+    s.ui().SetText(dialog, PageControlId(1, 1), "99");  // Hyperspace "Frames:"
+    s.ui().Settle();
+    s.ui().Command(dialog, 38);
+    s.ui().Settle();
+    Expect(s.ui().FindPopup(dialog) == nullptr, "saving showed a message");
+  });
+  Settings settings;
+  Expect(ReadSettings(ConfigPath(context), settings, SystemPlatform()), "configuration unreadable");
+  RecordingReporter reporter;
+  Expect(SaveSettingsDocument(expected, settings, host.capabilities, reporter), "settings document not written");
+  std::string dialog_text = ReadFile(document), settings_text = ReadFile(expected);
+  Expect(!dialog_text.empty(), "the dialog saved nothing");
+  if (dialog_text == settings_text) return;
+  size_t at = 0;
+  while (at < dialog_text.size() && at < settings_text.size() && dialog_text[at] == settings_text[at]) ++at;
+  size_t line = dialog_text.rfind('\n', at) + 1;
+  Fail("documents differ from \"" + dialog_text.substr(line, dialog_text.find('\r', line) - line) + "\"");
+}
+
+// The label under the sample names the rendered tile's size; an effect that
+// cannot render leaves it empty. Typing waits for UpdateDelay, then redraws.
+void SampleSizeLabel(Context& context) {
+  UseConfiguration(context, {{"MainEffect", std::to_string(kBubbles)}, {"Style000Width", "128"},
+                             {"Style000Depth", "128"}, {"UpdateDelay", "50"}});
+  HostDouble host;
+  WithDialog(context, host, [&](Session& s, HWND dialog) {
+    auto label = [&] { return s.ui().Text(dialog, kSampleSizeLabel); };
+    Expect(Eventually([&] { return label() == "128 x 128 pixels"; }), "label \"" + label() + "\"");
+    s.ui().SetText(dialog, PageControlId(0, 2), "100");
+    Expect(Eventually([&] { return label() == "100 x 128 pixels"; }), "after typing, \"" + label() + "\"");
+    s.ui().Shot(dialog, "sample_size_label");
+    s.ui().SelectListItem(dialog, kEffectList, kGridlock);
+    Expect(Eventually([&] { return label().empty(); }), "an empty sample kept \"" + label() + "\"");
+  });
+}
+
+void CustomPaletteDisablesThePaletteList(Context& context) {
+  UseConfiguration(context, {});
+  HostDouble host;
+  WithDialog(context, host, [&](Session& s, HWND dialog) {
+    s.ui().Settle();
+    Expect(!s.ui().Checked(dialog, kCustomPalette), "custom palette checked at start");
+    Expect(s.ui().Enabled(dialog, kPaletteList), "palette list disabled at start");
+    s.ui().SetChecked(dialog, kCustomPalette, true);
+    Expect(!s.ui().Enabled(dialog, kPaletteList), "palette list enabled with a custom palette");
+    s.ui().SetChecked(dialog, kCustomPalette, false);
+    Expect(s.ui().Enabled(dialog, kPaletteList), "palette list still disabled");
+  });
+}
+
+void FirstRunIsCleared(Context& context) {
+  UseConfiguration(context, {{"FirstRun", "1"}});
+  HostDouble host;
+  WithDialog(context, host, [](Session&, HWND) {});
+  std::string value = ConfigValue(ReadFile(ConfigPath(context)), "FirstRun");
+  Expect(value == "0", "FirstRun written as " + value);
+}
+
+void AboutBox(Context& context) {
+  UseConfiguration(context, {});
+  HostDouble host;
+  WithDialog(context, host, [&](Session& s, HWND dialog) {
+    s.ui().Click(dialog, kAboutButton);
+    Popup about = s.ui().WaitForPopup(dialog);
+    Expect(about.caption == "About Tessarine #1", "caption \"" + about.caption + "\"");
+    std::string version = s.ui().Text(about.hwnd, kAboutVersion);
+    Expect(version.rfind("Version ", 0) == 0 && version.size() > 8, "version \"" + version + "\"");
+    s.ui().Shot(about.hwnd, "about_box");
+    s.ui().Click(about.hwnd, kAboutHelpButton);
+    s.ui().Settle();
+    const HostCall* help = host.Last(kHostShowHelp);
+    Expect(help && help->text == "ZEPHYRA1.HTML#ABOUT", "help reference \"" + (help ? help->text : "") + "\"");
+    s.ui().Dismiss(about);
+  });
+  ExpectNoHostProblems(host);
+}
+
+// ---------------------------------------------------------------- table
+
+constexpr TestCase kDialogCases[] = {
+    {"document_lines_by_message", &DocumentLinesByMessage},
+    {"saved_document_matches_the_settings", &SavedDocumentMatchesTheSettings},
+    {"sample_size_label", &SampleSizeLabel},
+    {"custom_palette_disables_the_palette_list", &CustomPaletteDisablesThePaletteList},
+    {"first_run_is_cleared", &FirstRunIsCleared},
+    {"about_box", &AboutBox},
+};
+
+}  // namespace
+
+std::span<const TestCase> DialogCases() { return kDialogCases; }
+
+}  // namespace tess::testhost
