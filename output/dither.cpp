@@ -32,6 +32,16 @@ inline int Clamp255(int v) { return v < 1 ? 0 : v > 254 ? 255 : v; }
 // from the left (added in int) within -257..510: far inside int16.
 inline void AddShare(int16_t& value, int share) { value = static_cast<int16_t>(value + share); }
 
+// Adds a row of bytes to a row of int16 values. They never overlap; saying so
+// (__restrict, which every compiler we build with knows) and working in
+// fixed blocks of 16 lets the compiler vectorise the loop.
+void AddBytes(int16_t* __restrict values, const uint8_t* __restrict bytes, size_t n) {
+  size_t i = 0;
+  for (; i + 16 <= n; i += 16)
+    for (size_t k = 0; k < 16; ++k) AddShare(values[i + k], bytes[i + k]);
+  for (; i < n; ++i) AddShare(values[i], bytes[i]);
+}
+
 // Adds to a gray value and holds it to 0..255.
 inline void AddGray(uint8_t& value, int delta) { value = static_cast<uint8_t>(std::clamp(value + delta, 0, 255)); }
 
@@ -80,10 +90,18 @@ ImageBlock Remapper::DitherColour(const ImageBlock& source) {
                      int (&carry)[3]) TESS_ALWAYS_INLINE {
     const int16_t* e = current + 3 * x;
     const int c0 = Clamp255(e[0] + carry[0]), c1 = Clamp255(e[1] + carry[1]), c2 = Clamp255(e[2] + carry[2]);
-    const int index = kFastRemap ? m_matcher.Fast(c2, c1, c0) : m_matcher.NearestUnmemoised(c2, c1, c0);
-    row_indices[x] = static_cast<uint8_t>(index);
-    const uint8_t* p = m_rgb + 3 * index;
-    const int e0 = c0 - p[2], e1 = c1 - p[1], e2 = c2 - p[0];
+    uint32_t entry;  // index | red << 8 | green << 16 | blue << 24
+    if constexpr (kFastRemap) {
+      const int index = m_matcher.Fast(c2, c1, c0);
+      const uint8_t* p = m_rgb + 3 * index;
+      entry = static_cast<uint32_t>(index) | static_cast<uint32_t>(p[0]) << 8 | static_cast<uint32_t>(p[1]) << 16 |
+              static_cast<uint32_t>(p[2]) << 24;
+    } else {
+      entry = m_matcher.NearestEntryUnmemoised(c2, c1, c0);
+    }
+    row_indices[x] = static_cast<uint8_t>(entry);
+    const int e0 = c0 - static_cast<int>(entry >> 24), e1 = c1 - static_cast<int>((entry >> 16) & 0xFF),
+              e2 = c2 - static_cast<int>((entry >> 8) & 0xFF);
     // Shifts of negative errors are arithmetic, so shares round down.
     carry[0] = (e0 * 7) >> 4;
     carry[1] = (e1 * 7) >> 4;
@@ -105,8 +123,7 @@ ImageBlock Remapper::DitherColour(const ImageBlock& source) {
     AddShare(n[2], (e2 * 5) >> 4);
   };
   auto add_source = [&](int stored, int16_t* row) {
-    const uint8_t* bgr = BgrRow(source, height - 1 - stored, scratch.get());
-    for (size_t i = 0; i < row_values; ++i) AddShare(row[i], bgr[i]);
+    AddBytes(row, BgrRow(source, height - 1 - stored, scratch.get()), row_values);
   };
 
   // Error rows of stored rows s, s + 1 and s + 2; all zero at the start.

@@ -16,10 +16,11 @@
 //    cell around it, so nothing is lost, and each list costs a pass over a
 //    short one. Most small cells have at most three candidates, kept in the
 //    cell's own word.
-//  - Nearest answers in cells with more candidates are memoised per 24-bit
-//    colour: NearestColour is a pure function of the colour once the palette
-//    is fixed, so a remembered answer is the answer. The memo is
-//    direct-mapped; a collision only costs a search.
+//  - Nearest answers that the cell's word cannot give (longer lists, and the
+//    whole-palette scans the first memoised searches make before any cell is
+//    built) are memoised per 24-bit colour: NearestColour is a pure function
+//    of the colour once the palette is fixed, so a remembered answer is the
+//    answer. The memo is direct-mapped; a collision only costs a search.
 #include "output/palette_match.h"
 
 #include <algorithm>
@@ -57,6 +58,11 @@ constexpr int BigCellOf(int small) {
   return ((small >> 2) & 7) | (((small >> 7) & 7) << 3) | (((small >> 12) & 7) << 6);
 }
 constexpr int HugeCellOf(int big) { return ((big >> 1) & 3) | (((big >> 4) & 3) << 2) | (((big >> 7) & 3) << 4); }
+
+constexpr uint32_t PackEntry(int index, int r, int g, int b) {
+  return static_cast<uint32_t>(index) | static_cast<uint32_t>(r) << 8 | static_cast<uint32_t>(g) << 16 |
+         static_cast<uint32_t>(b) << 24;
+}
 
 inline int Weighted(int dr, int dg, int db) { return 3 * dr * dr + 4 * dg * dg + 2 * db * db; }
 
@@ -167,7 +173,8 @@ bool PaletteMatcher::Init(const uint8_t* rgb, int count, bool with_lookup) {
     s.all.red[i] = static_cast<int16_t>(r);
     s.all.green[i] = static_cast<int16_t>(g);
     s.all.blue[i] = static_cast<int16_t>(b);
-    m_linear[i] = {3 * r * r + 4 * g * g + 2 * b * b, 6 * r, 8 * g, 4 * b};
+    m_linear[i] = {3 * r * r + 4 * g * g + 2 * b * b, static_cast<int16_t>(6 * r), static_cast<int16_t>(8 * g),
+                   static_cast<int16_t>(4 * b), PackEntry(i, r, g, b)};
     s.level[i] = m_linear[i].level, s.red_step[i] = 6 * r, s.green_step[i] = 8 * g, s.blue_step[i] = 4 * b;
     uint32_t key = Pack(r, g, b) + 1;
     uint32_t slot = Hash(key - 1, 10);

@@ -32,6 +32,14 @@ class PaletteMatcher {
     const uint32_t cell = m_cell[LookupKey(r, g, b)];
     return (cell & kFew) ? Nearer(cell, r, g, b) : NearestSlow(r, g, b, false);
   }
+  // NearestUnmemoised with the entry's own colour: index | red << 8 |
+  // green << 16 | blue << 24. The dither needs both, and taking the colour
+  // from the candidates it has just compared saves a dependent load.
+  uint32_t NearestEntryUnmemoised(int r, int g, int b) {
+    const uint32_t cell = m_cell[LookupKey(r, g, b)];
+    if (cell & kFew) return NearerEntry(cell, r, g, b);
+    return m_linear[NearestSlow(r, g, b, false)].entry;
+  }
   // == ExactColour(r, g, b, rgb, count).
   int Exact(int r, int g, int b) const;
   // == entry `key` of BuildColourLookup(rgb, count, ...). Needs `with_lookup`.
@@ -51,8 +59,11 @@ class PaletteMatcher {
   };
   // 3dr² + 4dg² + 2db² less 3r² + 4g² + 2b², which every entry shares: a
   // linear function of the colour that orders entries as their distances do.
+  // Each entry also carries itself, packed as NearestEntryUnmemoised gives it.
   struct Linear {
-    int32_t level, red_step, green_step, blue_step;
+    int32_t level;
+    int16_t red_step, green_step, blue_step;
+    uint32_t entry;
     int At(int r, int g, int b) const { return level - red_step * r - green_step * g - blue_step * b; }
   };
   // m_cell values: 0 while unknown; kFew with the only candidates in bytes
@@ -60,13 +71,16 @@ class PaletteMatcher {
   // or kMany with the pool offset of a longer list.
   static constexpr uint32_t kFew = 1u << 30;
   static constexpr uint32_t kMany = 1u << 31;
-  int Nearer(uint32_t cell, int r, int g, int b) const {
+  int Nearer(uint32_t cell, int r, int g, int b) const { return NearerEntry(cell, r, g, b) & 0xFF; }
+  uint32_t NearerEntry(uint32_t cell, int r, int g, int b) const {
     // Strict-less comparisons: the lower index keeps a tie.
-    const int a = cell & 0xFF, b_index = (cell >> 8) & 0xFF, c = (cell >> 16) & 0xFF;
-    const int va = m_linear[a].At(r, g, b), vb = m_linear[b_index].At(r, g, b), vc = m_linear[c].At(r, g, b);
-    const int ab = vb < va ? b_index : a;
+    const Linear& a = m_linear[cell & 0xFF];
+    const Linear& b2 = m_linear[(cell >> 8) & 0xFF];
+    const Linear& c = m_linear[(cell >> 16) & 0xFF];
+    const int va = a.At(r, g, b), vb = b2.At(r, g, b), vc = c.At(r, g, b);
+    const uint32_t ab = vb < va ? b2.entry : a.entry;
     const int vab = vb < va ? vb : va;
-    return vc < vab ? c : ab;
+    return vc < vab ? c.entry : ab;
   }
   int NearestSlow(int r, int g, int b, bool memo);
   int Search(int r, int g, int b);

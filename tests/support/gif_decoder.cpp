@@ -30,13 +30,13 @@ class Reader {
     return true;
   }
   bool Byte(uint8_t* out, const char* what) {
-    const uint8_t* p;
+    const uint8_t* p = nullptr;
     if (!Bytes(1, &p, what)) return false;
     *out = *p;
     return true;
   }
   bool U16(uint16_t* out, const char* what) {
-    const uint8_t* p;
+    const uint8_t* p = nullptr;
     if (!Bytes(2, &p, what)) return false;
     *out = static_cast<uint16_t>(p[0] | p[1] << 8);
     return true;
@@ -47,7 +47,7 @@ class Reader {
       uint8_t n;
       if (!Byte(&n, what)) return false;
       if (n == 0) return true;
-      const uint8_t* p;
+      const uint8_t* p = nullptr;
       if (!Bytes(n, &p, what)) return false;
       if (data) data->insert(data->end(), p, p + n);
       if (sizes) sizes->push_back(n);
