@@ -48,8 +48,6 @@ using namespace win32;
 constexpr int kMainDialogId = 1000;
 constexpr const char* kDialogTitle = "Tessarine #1";
 
-// The page group box; the pages' controls follow it in tab order.
-constexpr int kPageGroup = 26;
 // Where the pages' grid starts, in dialog units (inside the page group box).
 constexpr POINT kPageOrigin = {181, 30};
 
@@ -152,6 +150,7 @@ class MainDialog {
 
   // Messages.
   void ShowSelectedPage();
+  void SwitchPage(int index);
   void Command(int id, HWND control, UINT code);
   void PageCommand(HWND control, int id, UINT code);
   void Tick(UINT id);
@@ -203,6 +202,8 @@ class MainDialog {
   bool m_sample_stale = true;
   // Edits made while the dialog sets its controls up are not the person's.
   bool m_ready = false;
+  // The page on screen; -1 before the first is shown (all are made hidden).
+  int m_shown_page = -1;
 };
 
 // ---------------------------------------------------------------- set-up
@@ -326,10 +327,9 @@ bool MainDialog::CreatePages() {
   context.settings = &m_settings;
   context.reporter = &m_reporter;
   context.choose_colour = [this](Colour& colour) { return ChooseColour(colour); };
-  HWND insert_after = GetDlgItem(m_hwnd, kPageGroup);
   for (const StyleEntry& style : StyleTable()) {
     ComboBox_AddString(effects, style.name);
-    if (!CreatePage(context, style, &insert_after, m_controls)) return false;
+    if (!CreatePage(context, style, m_controls)) return false;
   }
   return true;
 }
@@ -381,9 +381,21 @@ INT_PTR MainDialog::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
 }
 
 void MainDialog::ShowSelectedPage() {
-  int index = ClampPageIndex(ComboBox_GetCurSel(GetDlgItem(m_hwnd, kEffectList)));
-  ShowPages(m_hwnd, StyleTable(), index);
+  SwitchPage(ClampPageIndex(ComboBox_GetCurSel(GetDlgItem(m_hwnd, kEffectList))));
   RedrawSample();
+}
+
+// Every page but the shown one is hidden, so a switch hides one page and
+// shows another; index 20 shows none.
+void MainDialog::SwitchPage(int index) {
+  if (index == m_shown_page) return;
+  std::span<const StyleEntry> table = StyleTable();
+  SetWindowRedraw(m_hwnd, FALSE);
+  if (const StyleEntry* old_page = PageStyle(table, m_shown_page)) ShowPage(m_hwnd, *old_page, false);
+  if (const StyleEntry* new_page = PageStyle(table, index)) ShowPage(m_hwnd, *new_page, true);
+  m_shown_page = index;
+  SetWindowRedraw(m_hwnd, TRUE);
+  RedrawWindow(m_hwnd, nullptr, nullptr, RDW_ERASE | RDW_FRAME | RDW_INVALIDATE | RDW_ALLCHILDREN);
 }
 
 void MainDialog::Tick(UINT id) {
@@ -448,8 +460,9 @@ void MainDialog::Command(int id, HWND control, UINT code) {
 // delay field, then every page control. Page controls change nothing while
 // the dialog is not on screen.
 void MainDialog::PageCommand(HWND control, int id, UINT code) {
+  if (!m_ready) return;
   BoundControl* bound = BoundFor(control);
-  if (!bound || !m_ready) return;
+  if (!bound) return;
   if (id >= kFirstPageControlId && !IsWindowVisible(m_hwnd)) return;
   if (!bound->OnCommand(code) || id <= kLastOutputControlId) return;
   if (bound->IsSpinField())
@@ -472,7 +485,7 @@ void MainDialog::FollowCustomPalette() {
 void MainDialog::EffectClosedUp() {
   int index = ClampPageIndex(ComboBox_GetCurSel(GetDlgItem(m_hwnd, kEffectList)));
   if (index == m_settings.Number(Key::MainEffect)) return;
-  ShowPages(m_hwnd, StyleTable(), index);
+  SwitchPage(index);
   m_settings.SetNumber(Key::MainEffect, index);
   RedrawSample();
 }

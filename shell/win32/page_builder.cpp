@@ -29,8 +29,9 @@ WindowSpec SpecFor(const PageWindow& w) {
       return {"EDIT", ES_AUTOHSCROLL | WS_TABSTOP | digits_only, WS_EX_CLIENTEDGE, ""};
     }
     case PageWindowRole::kUpDown:
-      return {UPDOWN_CLASSA, UDS_SETBUDDYINT | UDS_ALIGNRIGHT | UDS_ARROWKEYS | UDS_NOTHOUSANDS, 0,
-              c.spin};
+      // Placed by us beside its field (no UDS_ALIGNRIGHT): fewer window moves
+      // while six hundred windows are made.
+      return {UPDOWN_CLASSA, UDS_SETBUDDYINT | UDS_ARROWKEYS | UDS_NOTHOUSANDS, 0, c.spin};
     case PageWindowRole::kCheckBox:
       return {"BUTTON", BS_AUTOCHECKBOX | WS_TABSTOP, 0, c.label};
     case PageWindowRole::kColourButton:
@@ -45,11 +46,16 @@ WindowSpec SpecFor(const PageWindow& w) {
   return {"STATIC", SS_LEFT | SS_NOPREFIX, 0, c.label};
 }
 
+// A number field and its up-down share the declared cell: the up-down takes
+// a scroll bar's width at its right end.
 RECT PixelRect(const PageBuildContext& context, const PageWindow& w) {
   RECT r{context.origin.x + w.x, context.origin.y + w.y, context.origin.x + w.x + w.w,
          context.origin.y + w.y + w.h};
   MapDialogRect(context.dialog, &r);
+  int arrows = GetSystemMetrics(SM_CXVSCROLL);
   if (w.role == PageWindowRole::kComboBox) r.bottom += kDropDownExtraPixels;
+  if (w.role == PageWindowRole::kEdit) r.right -= arrows;
+  if (w.role == PageWindowRole::kUpDown) r.left = r.right - arrows;
   return r;
 }
 
@@ -70,11 +76,12 @@ void FillDropDown(HWND combo, const PageControl& c) {
   for (const std::string& item : SplitItems(c.spin)) ComboBox_AddString(combo, item.c_str());
 }
 
+SpinRange RangeOf(const PageControl& c) { return ParseSpinText(c.spin ? c.spin : ""); }
+
 void PrepareUpDown(HWND updown, HWND field, const PageControl& c) {
-  SpinRange range = ParseSpinText(c.spin ? c.spin : "");
+  SpinRange range = RangeOf(c);
   SendMessageA(updown, UDM_SETBUDDY, reinterpret_cast<WPARAM>(field), 0);
   SendMessageA(updown, UDM_SETRANGE32, static_cast<WPARAM>(range.min), range.max);
-  SendMessageA(updown, UDM_SETPOS32, 0, range.def);
 }
 
 // The bound control for a declaration, or null when it is stored nowhere
@@ -102,14 +109,13 @@ std::unique_ptr<BoundControl> BindingFor(const PageBuildContext& context, const 
 
 }  // namespace
 
-bool CreatePage(const PageBuildContext& context, const StyleEntry& style, HWND* insert_after,
+bool CreatePage(const PageBuildContext& context, const StyleEntry& style,
                 std::vector<std::unique_ptr<BoundControl>>& bound) {
+  // New windows go to the end of the dialog's child list, so tab order and
+  // document order both follow the page declarations.
   for (const PageWindow& w : PageWindows(style)) {
     HWND hwnd = CreatePageWindow(context, w);
     if (!hwnd) return false;
-    // Tab order and document order both follow the page's declarations.
-    SetWindowPos(hwnd, *insert_after, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
-    *insert_after = hwnd;
     if (w.role == PageWindowRole::kComboBox) FillDropDown(hwnd, *w.control);
     // Five-digit seeds fit beside the up-down only with slim margins.
     if (w.role == PageWindowRole::kEdit)
@@ -117,25 +123,24 @@ bool CreatePage(const PageBuildContext& context, const StyleEntry& style, HWND* 
     if (w.role == PageWindowRole::kUpDown)
       PrepareUpDown(hwnd, GetDlgItem(context.dialog, w.control->id), *w.control);
   }
-  // Fields are bound once their up-downs exist: a field reads its range there.
+  // Fields are bound once their up-downs exist: a field reads its range
+  // there. A field stored nowhere shows its spin default.
   for (const PageControl& c : style.page) {
     std::unique_ptr<BoundControl> control = BindingFor(context, style, c);
-    if (!control) continue;
+    if (!control) {
+      if (HWND updown = GetDlgItem(context.dialog, c.id + kUpDownIdOffset))
+        SendMessageA(updown, UDM_SETPOS32, 0, RangeOf(c).def);
+      continue;
+    }
     if (!control->Attach(GetDlgItem(context.dialog, c.id))) return false;
     bound.push_back(std::move(control));
   }
   return true;
 }
 
-void ShowPages(HWND dialog, std::span<const StyleEntry> table, int shown) {
-  SetWindowRedraw(dialog, FALSE);
-  for (size_t i = 0; i < table.size(); ++i) {
-    int show = static_cast<int>(i) == shown ? SW_SHOWNA : SW_HIDE;
-    for (const PageWindow& w : PageWindows(table[i]))
-      if (HWND hwnd = GetDlgItem(dialog, w.id)) ShowWindow(hwnd, show);
-  }
-  SetWindowRedraw(dialog, TRUE);
-  RedrawWindow(dialog, nullptr, nullptr, RDW_ERASE | RDW_FRAME | RDW_INVALIDATE | RDW_ALLCHILDREN);
+void ShowPage(HWND dialog, const StyleEntry& style, bool shown) {
+  for (const PageWindow& w : PageWindows(style))
+    if (HWND hwnd = GetDlgItem(dialog, w.id)) ShowWindow(hwnd, shown ? SW_SHOWNA : SW_HIDE);
 }
 
 }  // namespace tess::win32

@@ -1,8 +1,7 @@
 // Settings pages inside the main dialog: every page's controls are created
 // from the style table's declarations as hidden children of the dialog (a
 // label and the control per entry, an up-down after each number field), in
-// the dialog's font, and bound to their settings. Showing a page shows its
-// windows and hides every other page's.
+// the dialog's font, and bound to their settings.
 #pragma once
 
 #ifndef NOMINMAX
@@ -11,7 +10,6 @@
 #include <windows.h>
 
 #include <memory>
-#include <span>
 #include <vector>
 
 #include "base/report.h"
@@ -31,15 +29,14 @@ struct PageBuildContext {
   ColourChooser choose_colour;
 };
 
-// Creates one page's windows, placing them after `*insert_after` in tab
-// order and moving it on to the last one, and adds their bound controls to
-// `bound`. False when a window could not be created or bound; what was
-// made stays with the dialog and goes with it.
-bool CreatePage(const PageBuildContext& context, const StyleEntry& style, HWND* insert_after,
+// Creates one page's windows after every existing child of the dialog (the
+// template ends with the effect list and the page group box) and adds their
+// bound controls to `bound`. False when a window could not be created or
+// bound; what was made stays with the dialog and goes with it.
+bool CreatePage(const PageBuildContext& context, const StyleEntry& style,
                 std::vector<std::unique_ptr<BoundControl>>& bound);
 
-// Shows the windows of page `shown` (an index into `table`, or none when it
-// is out of range) and hides all others.
-void ShowPages(HWND dialog, std::span<const StyleEntry> table, int shown);
+// Shows or hides the windows of one page.
+void ShowPage(HWND dialog, const StyleEntry& style, bool shown);
 
 }  // namespace tess::win32

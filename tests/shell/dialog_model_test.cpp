@@ -16,6 +16,7 @@
 #include "shell/strings.h"
 #include "styles/page_layout.h"
 #include "styles/raster.h"
+#include "styles/settings_document.h"
 #include "styles/style_table.h"
 #include "tests/support/test_support.h"
 
@@ -92,6 +93,29 @@ TEST(PageWindows, EachControlBringsItsLabelAndUpDownInOrder) {
     }
     EXPECT_EQ(at, windows.size());
   }
+}
+
+// The dialog saves its page controls in window creation order; a document
+// written from the settings must list the same controls in the same order,
+// or the two would not read each other's files line for line.
+TEST(PageWindows, CreationOrderIsTheSettingsDocumentsOrder) {
+  std::vector<int> from_windows;
+  for (const StyleEntry& style : StyleTable())
+    for (const PageWindow& w : PageWindows(style)) {
+      const PageControl& c = *w.control;
+      bool control_window = w.id == c.id;
+      if (control_window && c.key && StyleKeyIndex(style.number, c.key) >= 0 &&
+          !PageControlTag(c.kind).empty())
+        from_windows.push_back(w.id);
+    }
+  Settings settings;
+  SettingsDocument document(settings, 0);
+  std::vector<int> from_settings;
+  document.ForEachControl([&](const DocumentControl& c) {
+    if (c.Number() >= 59) from_settings.push_back(c.Number());
+  });
+  EXPECT_EQ(from_windows, from_settings);
+  EXPECT_GT(from_windows.size(), 200u);
 }
 
 TEST(PageWindows, KindsBecomeTheirWindows) {
