@@ -352,6 +352,7 @@ void SpinTypedOutOfRangeIsClamped(Context& context) {
     WithDialog(context, host, "", [&](Session& s, HWND dialog) {
       s.ui().SetText(dialog, kDelayEdit, entry.typed);
       s.ui().Settle();
+      s.ui().Shot(dialog, std::string("spin_typed_") + entry.typed + "_caps_" + std::to_string(entry.caps));
     });
     std::string stored = ConfigValue(ReadFile(ConfigPath(context)), "MainDelay");
     Expect(stored == entry.stored, std::string("typed ") + entry.typed + ", stored " + stored +

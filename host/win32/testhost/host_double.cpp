@@ -120,6 +120,7 @@ int32_t HostDouble::Handle(HostCall& call, void* data) {
       const auto* image = static_cast<const ImageRecord*>(data);
       call.record = BytesOf(image);
       CheckImage(call, *image);
+      m_last_image = image->image;
       ++m_next_frame;
       return refused ? 0 : 1;
     }
@@ -137,6 +138,11 @@ int32_t HostDouble::Handle(HostCall& call, void* data) {
           m_next_frame != static_cast<int32_t>(m_task_copy.frame_count))
         Problem(call, "finished after " + std::to_string(m_next_frame) + " of " +
                           std::to_string(m_task_copy.frame_count) + " frames");
+      // The last frame's block was the plug-in's to free once the host had
+      // added it; nothing allocates between that and closing the task.
+      if (m_last_image && GlobalFlags(reinterpret_cast<HGLOBAL>(m_last_image)) != GMEM_INVALID_HANDLE)
+        Problem(call, "the last image block was not freed");
+      m_last_image = 0;
       m_task = 0;
       return 1;
     case kHostShowHelp:

@@ -71,6 +71,7 @@ class HostDouble {
   HostHandle m_task = 0;
   TaskRecord m_task_copy{};
   int32_t m_next_frame = 0;
+  HostHandle m_last_image = 0;
   HWND m_dialog = nullptr;
   DWORD m_thread = GetCurrentThreadId();
   FILE* m_log = nullptr;

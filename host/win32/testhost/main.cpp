@@ -7,6 +7,10 @@
 // The artifact folder receives the per-user settings (TESSARINE_APPDATA),
 // documents, screenshots\*.bmp and host-calls.log (every service call with its
 // record bytes). The exit code is 0 only when every case passed.
+//
+// Shift: the cases hold it by setting TESSARINE_TEST_SHIFT=1 in the process
+// environment, which the Win32 platform reads instead of the keyboard while
+// the variable is set (platform/platform_win32.cpp).
 #ifndef NOMINMAX
 #define NOMINMAX
 #endif
