@@ -62,7 +62,7 @@ constexpr OptionSpec kOptions[] = {
     {Opt::kQuiet, "quiet", 'q', Arg::kNone, "", "no progress bar"},
     {Opt::kOpen, "open", 0, Arg::kSwitch, "", "open the preview page in a browser (default)"},
     {Opt::kDir, "dir", 0, Arg::kValue, "DIR", "write the preview files into DIR"},
-    {Opt::kDoc, "doc", 0, Arg::kValue, "FILE", "take settings from a document file (.TS1); not supported yet"},
+    {Opt::kDoc, "doc", 0, Arg::kValue, "FILE", "take settings from a document file (.TS1) saved by the plug-in; options given too override it"},
 };
 
 const OptionSpec& Spec(Opt id) {

@@ -19,6 +19,7 @@
 #include "output/frame_list.h"
 #include "shell/main_dialog_ids.h"
 #include "shell/paths.h"
+#include "styles/settings_document.h"
 #include "styles/settings_reader.h"
 
 namespace tess::cli {
@@ -45,15 +46,23 @@ bool OutputIsUsable(const CliArgs& args, Failure* failure) {
   return false;
 }
 
-// The settings of one run: defaults, the configuration file, then the options.
+// A document saved by the dialog (or by us) over the configuration; the
+// loader has already left the settings alone when it reports a failure.
+bool LoadDocument(const std::string& path, Settings& settings, Failure* failure) {
+  RecordingReporter messages;
+  if (LoadDocumentIntoSettings(path, settings, kHostCapOptimise, messages)) return true;
+  std::string text = messages.messages.empty() ? "cannot load the document" : messages.messages.front();
+  *failure = Failure{kExitFailure, path + ": " + text};
+  return false;
+}
+
+// The settings of one run: defaults, the configuration file, a document, then
+// the options.
 bool PrepareSettings(const CliArgs& args, CliEnvironment& env, const ConfigPlan& plan,
                      Settings& settings, SessionChoices* session, Failure* failure) {
-  if (args.doc) {
-    *failure = Failure{kExitUsage, "documents (--doc) are not supported yet"};
-    return false;
-  }
   if (!OutputIsUsable(args, failure)) return false;
   if (!LoadConfig(plan, settings, env.platform, failure)) return false;
+  if (args.doc && !LoadDocument(*args.doc, settings, failure)) return false;
   return ApplyBuildOptions(args, settings, env.styles, session, failure);
 }
 

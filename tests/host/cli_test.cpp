@@ -15,7 +15,10 @@
 #include <vector>
 
 #include "base/alloc.h"
+#include "plugin/host_interface.h"
 #include "shell/paths.h"
+#include "shell/settings.h"
+#include "styles/settings_document.h"
 #include "styles/style_table.h"
 #include "tests/host/cli_test_styles.h"
 #include "tests/host/temp_folder.h"
@@ -110,6 +113,36 @@ TEST_F(CliTest, ListEffectShowsRangesDefaultsAndCurrentValues) {
 }
 
 // ---------------------------------------------------------------- render
+
+TEST_F(CliTest, RenderTakesSettingsFromADocumentAndOptionsOverrideIt) {
+  Settings saved;
+  saved.SetStyleNumber(0, "Frames", 3);
+  saved.SetStyleNumber(0, "Width", 40);
+  saved.SetStyleNumber(0, "Depth", 20);
+  std::string doc = dir / "night.ts1";
+  RecordingReporter messages;
+  ASSERT_TRUE(SaveSettingsDocument(doc, saved, kHostCapOptimise, messages));
+
+  std::string out = dir / "night.gif";
+  Result r = Run({"render", "--no-config", "-e", "Tiles", "--doc", doc, "-s", "Depth=16",
+                  "--no-true-color", "-o", out});
+  ASSERT_EQ(r.code, 0) << r.err;
+  DecodedGif gif = Decode(out);
+  EXPECT_EQ(gif.width, 40);
+  EXPECT_EQ(gif.height, 16);
+  EXPECT_EQ(gif.frames.size(), 3u);
+
+  // A damaged document is named in the one-line message and nothing is written.
+  {
+    std::string text = "not a document\r\n";
+    WriteBytes(doc, std::vector<uint8_t>(text.begin(), text.end()));
+  }
+  std::string other = dir / "other.gif";
+  r = Run({"render", "--no-config", "-e", "Tiles", "--doc", doc, "-o", other});
+  EXPECT_EQ(r.code, kExitFailure);
+  EXPECT_EQ(r.err, "tessarine: " + doc + ": This file has been damaged.\n");
+  EXPECT_FALSE(std::filesystem::exists(other));
+}
 
 TEST_F(CliTest, RenderWritesTheFramesTheSettingsAskFor) {
   std::string out = dir / "tiles.gif";
@@ -367,7 +400,6 @@ TEST_F(CliTest, UsageErrorsExitWithTwoAndWriteNothing) {
            {{"render", "-e", "Tiles", "-s", "Smooth=maybe", "-o", out}, "expected on or off"},
            {{"render", "--delay", "0", "-o", out}, "bad delay '0'"},
            {{"render", "--palette", "9", "-o", out}, "unknown palette '9'"},
-           {{"render", "--doc", "night.ts1", "-o", out}, "documents (--doc) are not supported yet"},
            {{"render", "-o", "-"}, "cannot write the GIF to standard output"},
            {{"frobnicate"}, "unknown command 'frobnicate'"},
        }) {
