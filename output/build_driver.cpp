@@ -184,7 +184,10 @@ void Build::Prepare() {
 }
 
 bool Build::Render() {
-  if (m_style && m_style->init) {
+  // An effect that is listed but has no renderer yet says so, rather than
+  // leaving the user with the empty-animation "Memory error".
+  if (m_style && !m_style->init) return Fail(kStrEffectNotAvailable);
+  if (m_style) {
     Status(kStrStatusBuilding);
     bool built = StyleBuild(*m_style, m_c.dialog, m_c.random, m_s.delay, m_frames,
                             [this](int k, int n) { Progress(k, n); });

@@ -51,6 +51,7 @@ constexpr std::array kTable = {
     StringEntry{kStrStatusQuantizing, "Quantizing"},
     StringEntry{kStrStatusSupercompressing, "Supercompressing"},
     StringEntry{kStrStatusRemapping, "Remapping"},
+    StringEntry{kStrEffectNotAvailable, "This effect is not available in this version."},
 };
 
 // Windows string resources have 16-bit ids and a load fills 256 characters.

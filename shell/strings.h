@@ -39,6 +39,8 @@ inline constexpr int kStrStatusBuilding = 2020;
 inline constexpr int kStrStatusQuantizing = 2021;
 inline constexpr int kStrStatusSupercompressing = 2022;
 inline constexpr int kStrStatusRemapping = 2023;
+// Effects that are listed but cannot render in this version.
+inline constexpr int kStrEffectNotAvailable = 2030;
 inline constexpr int kStrLastUnnumbered = 2099;
 
 // What a load yields when the id is not in the table.

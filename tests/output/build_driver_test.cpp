@@ -277,8 +277,7 @@ TEST_F(BuildTest, StylesThatRenderNothingGiveMemoryErrorAndNoFileObject) {
     int fail_at;
   };
   for (Case c : {Case{"no frames", kStyleMoving, 0, 0},
-                 Case{"fails at frame 2", kStyleMoving, 3, 2},
-                 Case{"cannot render", kStyleNoInit, 3, 0}}) {
+                 Case{"fails at frame 2", kStyleMoving, 3, 2}}) {
     host = FakeHost();
     reporter.messages.clear();
     Set(kEffectList, c.style);
@@ -288,6 +287,14 @@ TEST_F(BuildTest, StylesThatRenderNothingGiveMemoryErrorAndNoFileObject) {
     EXPECT_EQ(reporter.messages, (std::vector<std::string>{"Memory error"})) << c.what;
     EXPECT_TRUE(host.TaskCommands().empty()) << c.what;
   }
+}
+
+TEST_F(BuildTest, EffectsWithoutARendererSaySoAndCreateNothing) {
+  Set(kEffectList, kStyleNoInit);
+  EXPECT_FALSE(Run());
+  EXPECT_EQ(reporter.messages,
+            (std::vector<std::string>{"This effect is not available in this version."}));
+  EXPECT_TRUE(host.TaskCommands().empty());
 }
 
 TEST_F(BuildTest, EffectIndexIsClampedToTheTable) {
