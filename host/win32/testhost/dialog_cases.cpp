@@ -6,6 +6,7 @@
 //
 // Sections: helpers · cases · table.
 #include "host/win32/testhost/dialog_cases.h"
+#include "host/win32/testhost/case_files.h"
 
 #include <fstream>
 #include <map>
@@ -28,40 +29,6 @@ constexpr int kAboutHelpButton = 9;
 constexpr int kAboutVersion = 1012;
 
 // ---------------------------------------------------------------- helpers
-
-std::string ConfigPath(const Context& context) {
-  return context.appdata + "\\Brindlewood\\zephyra1.ini";
-}
-
-std::string ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
-std::string ConfigValue(const std::string& text, const std::string& key) {
-  std::istringstream lines(text);
-  for (std::string line; std::getline(lines, line);) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    if (line.rfind(key + " = ", 0) == 0) return line.substr(key.size() + 3);
-  }
-  return "<missing>";
-}
-
-void UseConfiguration(const Context& context, const std::map<std::string, std::string>& changes) {
-  Expect(!context.baseline.empty(), "no baseline configuration (the Cancel case failed)");
-  std::istringstream lines(context.baseline);
-  std::string text;
-  for (std::string line; std::getline(lines, line);) {
-    for (const auto& [key, value] : changes)
-      if (line.rfind(key + " = ", 0) == 0) line = key + " = " + value;
-    text += line + "\n";
-  }
-  std::ofstream out(ConfigPath(context), std::ios::binary | std::ios::trunc);
-  out << text;
-  Expect(static_cast<bool>(out), "cannot write the configuration");
-}
 
 // Opens the dialog, runs `body`, and presses Cancel unless the body closed it.
 void WithDialog(Context& context, HostDouble& host, const std::function<void(Session&, HWND)>& body) {
