@@ -2,7 +2,9 @@
 // lists, quantizer nodes) comes through here, so an out-of-memory condition is
 // a null result that callers turn into the product's "Memory error" message
 // rather than an exception or a crash. Tests use AllocFailureScope to make the
-// n-th allocation fail and prove that every path reports it.
+// n-th allocation fail and prove that every path reports it. Each block carries
+// its size in a 16-byte header so the current thread's live and peak bytes can
+// be read back (AllocCurrentBytes, AllocPeakBytes) at the cost of two adds.
 #pragma once
 
 #include <cstddef>
@@ -26,6 +28,17 @@ template <class T>
 Buffer<T> AllocBuffer(size_t count) noexcept {
   return Buffer<T>(static_cast<T*>(AllocZeroed(count, sizeof(T))));
 }
+
+// Bytes of blocks this thread has made and not yet freed, headers excluded. A
+// block freed on another thread than the one that made it is subtracted there,
+// so only a thread that frees its own blocks reads a meaningful figure.
+int64_t AllocCurrentBytes() noexcept;
+// The highest AllocCurrentBytes has been on this thread since it started or
+// since the last ResetAllocPeak, which restarts it at the current figure.
+int64_t AllocPeakBytes() noexcept;
+void ResetAllocPeak() noexcept;
+// The size a live block was asked for (count * size); 0 for null.
+size_t AllocBlockSize(const void* p) noexcept;
 
 // While one of these lives on the current thread, the allocation numbered
 // `fail_at` (0 = the next one) and, when `sticky`, every later one fails.

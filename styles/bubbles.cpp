@@ -124,9 +124,7 @@ bool BubblesRecord::FillElements(const ParamReader& reader, Random& random) {
   m_drift = reader.Spin(Id(kDriftControl));
   m_angle_step = 1.0 / m_frames * 360.0;
 
-  m_background = SolidImage({0, 0, m_work_width, m_work_height},
-                            reader.ColourValue(Id(kBackgroundControl)));
-  if (!m_background) return false;
+  m_background = reader.ColourValue(Id(kBackgroundControl));
 
   m_large = reader.Spin(Id(kSizeControl)) * m_scale;
   m_medium = 3 * m_large / 4;
@@ -178,7 +176,9 @@ const ImageBlock* BubblesRecord::SpriteFor(const Bubble& bubble, ImageBlock& scr
 }
 
 ImageBlock BubblesRecord::RenderFrame(int k) {
-  Canvas canvas = Canvas::Adopt(DuplicateGlobalBlock(m_background));
+  // Filled afresh rather than copied from a kept background image: the same
+  // bytes, and one working-size image less alive while the frames pile up.
+  Canvas canvas = Canvas::Adopt(SolidImage({0, 0, m_work_width, m_work_height}, m_background));
   if (!canvas) return {};
   // See MakeBubbleSprite for why these stay in double.
   const auto amplitude = static_cast<int32_t>(m_drift * 0.01 * m_work_width);

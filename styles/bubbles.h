@@ -68,7 +68,7 @@ class BubblesRecord final : public StyleRecord {
   int m_frames = 0;            // N
   int32_t m_drift = 0;
   double m_angle_step = 0;     // (1 / N) * 360, see RenderFrame
-  ImageBlock m_background;     // Wf x Hf in the background colour
+  Colour m_background = 0;     // each frame's canvas starts filled with it
   std::vector<ImageBlock> m_sprites;  // by Bubble::sprite; null until first used
   int m_sprites_drawn = 0;
 };

@@ -2,6 +2,9 @@
 
 #include "base/alloc.h"
 
+#include <cstdint>
+#include <thread>
+
 namespace tess {
 namespace {
 
@@ -30,6 +33,56 @@ TEST(Alloc, StickyScopeFailsEverythingAfter) {
     EXPECT_FALSE(AllocBuffer<uint8_t>(1));
   }
   EXPECT_TRUE(AllocBuffer<uint8_t>(1));
+}
+
+TEST(AllocStats, CountsLiveBytesAndKeepsThePeak) {
+  int64_t base = AllocCurrentBytes();
+  ResetAllocPeak();
+  EXPECT_EQ(AllocPeakBytes(), base);
+  {
+    Buffer<uint32_t> a = AllocBuffer<uint32_t>(100);
+    EXPECT_EQ(AllocBlockSize(a.get()), 400u);
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(a.get()) % 16, 0u);
+    Buffer<uint8_t> b = AllocBuffer<uint8_t>(0);  // an empty request still takes one byte
+    EXPECT_EQ(AllocCurrentBytes(), base + 401);
+    a.reset();
+    EXPECT_EQ(AllocCurrentBytes(), base + 1);
+    Buffer<uint8_t> c = AllocBuffer<uint8_t>(50);
+    EXPECT_EQ(AllocPeakBytes(), base + 401);
+  }
+  EXPECT_EQ(AllocCurrentBytes(), base);
+  EXPECT_EQ(AllocPeakBytes(), base + 401);
+  ResetAllocPeak();
+  EXPECT_EQ(AllocPeakBytes(), base);
+  EXPECT_EQ(AllocBlockSize(nullptr), 0u);
+}
+
+TEST(AllocStats, FailedAndOverflowingRequestsCountNothing) {
+  int64_t base = AllocCurrentBytes();
+  ResetAllocPeak();
+  {
+    AllocFailureScope scope(0);
+    EXPECT_FALSE(AllocBuffer<uint8_t>(1000));
+  }
+  EXPECT_EQ(AllocZeroed(SIZE_MAX / 2, 4), nullptr);
+  EXPECT_EQ(AllocZeroed(1, SIZE_MAX - 4), nullptr);  // no room for the size header
+  EXPECT_EQ(AllocCurrentBytes(), base);
+  EXPECT_EQ(AllocPeakBytes(), base);
+}
+
+TEST(AllocStats, EachThreadKeepsItsOwnCounts) {
+  int64_t base = AllocCurrentBytes();
+  Buffer<uint8_t> mine = AllocBuffer<uint8_t>(64);
+  int64_t other_current = -1, other_peak = -1;
+  std::thread([&] {
+    Buffer<uint8_t> theirs = AllocBuffer<uint8_t>(1000);
+    theirs.reset();
+    other_current = AllocCurrentBytes();
+    other_peak = AllocPeakBytes();
+  }).join();
+  EXPECT_EQ(other_current, 0);
+  EXPECT_EQ(other_peak, 1000);
+  EXPECT_EQ(AllocCurrentBytes(), base + 64);
 }
 
 }  // namespace

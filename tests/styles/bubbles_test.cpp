@@ -363,10 +363,10 @@ TEST(BubblesFrames, AllocationFailuresEndTheFrameOrSkipTheReduction) {
     }
   }
   EXPECT_GT(unreduced, 0);
-  for (long fail_at = 0; fail_at < 2; ++fail_at) {  // background, elements
+  {  // the elements, the record's only block
     Random random;
-    AllocFailureScope scope(fail_at);
-    EXPECT_FALSE(BubblesRecord::Create(s.Reader(), random)) << fail_at;
+    AllocFailureScope scope(0);
+    EXPECT_FALSE(BubblesRecord::Create(s.Reader(), random));
   }
 }
 

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <vector>
 
+#include "base/alloc.h"
 #include "styles/draw.h"
 #include "tests/support/test_support.h"
 
@@ -269,7 +270,7 @@ TEST(Scale, ReductionUsesTheDefinedSpans) {
 
 TEST(Scale, MatchesReferenceAtEveryDepthAndPercent) {
   for (int bits : {1, 4, 8, 24, 32})
-    for (auto [hp, vp] : {std::pair{25, 25}, {50, 50}, {33, 70}, {1, 99}, {100, 37}, {50, 100},
+    for (auto [hp, vp] : {std::pair{25, 25}, {50, 50}, {25, 50}, {50, 25}, {33, 70}, {1, 99}, {100, 37}, {50, 100},
                           {200, 150}, {130, 40}}) {
       ImageBlock src = Picture(131, 103, bits, 12);
       ImageBlock got = ScaleByPercent(src, hp, vp);
@@ -281,6 +282,20 @@ TEST(Scale, MatchesReferenceAtEveryDepthAndPercent) {
   // Full spans of 255 (the largest sums) divide back to 255.
   ImageBlock white = SolidImage({0, 0, 300, 200}, 0x00FFFFFF);
   for (Colour c : Pixels(ScaleByPercent(white, 1, 1))) EXPECT_EQ(c, 0x00FFFFFFu);
+}
+
+// The supersampled frames' reductions go straight to the output: beyond it,
+// only a row's worth of working bytes.
+TEST(Scale, FixedReductionsMakeNoIntermediateImage) {
+  for (auto [hp, vp] : {std::pair{25, 25}, {50, 50}, {25, 50}}) {
+    ImageBlock src = Picture(512, 256, 24, 3);
+    const int64_t before = AllocCurrentBytes();
+    ResetAllocPeak();
+    ImageBlock out = ScaleByPercent(src, hp, vp);
+    ASSERT_TRUE(out);
+    EXPECT_LE(AllocPeakBytes() - before, static_cast<int64_t>(out.size()) + 8 * 3 * 512)
+        << hp << "," << vp;
+  }
 }
 
 TEST(Scale, HundredPercentIsACopyAndBadRequestsFail) {
