@@ -23,7 +23,7 @@ enum class Arg {
   kSwitch,  // --name and --no-name
 };
 
-struct OptionSpec {
+struct OptionInfo {
   Opt id;
   std::string_view name;
   char short_name;
@@ -33,7 +33,7 @@ struct OptionSpec {
   std::string_view alias = {};  // another spelling of the long name
 };
 
-constexpr OptionSpec kOptions[] = {
+constexpr OptionInfo kOptions[] = {
     {Opt::kHelp, "help", 'h', Arg::kNone, "", "show this help and exit"},
     {Opt::kOutput, "output", 'o', Arg::kValue, "FILE", "write the GIF to FILE"},
     {Opt::kEffect, "effect", 'e', Arg::kValue, "NAME|INDEX",
@@ -65,13 +65,13 @@ constexpr OptionSpec kOptions[] = {
     {Opt::kDoc, "doc", 0, Arg::kValue, "FILE", "take settings from a document file (.TS1) saved by the plug-in; options given too override it"},
 };
 
-const OptionSpec& Spec(Opt id) {
-  for (const OptionSpec& spec : kOptions)
-    if (spec.id == id) return spec;
+const OptionInfo& OptionInfoOf(Opt id) {
+  for (const OptionInfo& info : kOptions)
+    if (info.id == id) return info;
   return kOptions[0];
 }
 
-struct CommandSpec {
+struct CommandInfo {
   Command id;
   std::string_view name;
   std::string_view usage;  // after "tessarine "
@@ -93,8 +93,8 @@ std::vector<Opt> With(std::vector<Opt> base, std::initializer_list<Opt> extra) {
   return base;
 }
 
-const std::vector<CommandSpec>& Commands() {
-  static const std::vector<CommandSpec> commands = {
+const std::vector<CommandInfo>& Commands() {
+  static const std::vector<CommandInfo> commands = {
       {Command::kList, "list", "list [EFFECT] [options]", "list the effects, or one effect's settings",
        "Without EFFECT, lists the effects in table order with their index and whether they can\n"
        "render yet. With EFFECT (name or index), lists its settings: key, kind, range, the\n"
@@ -129,15 +129,15 @@ const std::vector<CommandSpec>& Commands() {
   return commands;
 }
 
-const CommandSpec* FindSpec(Command id) {
-  for (const CommandSpec& spec : Commands())
-    if (spec.id == id) return &spec;
+const CommandInfo* FindSpec(Command id) {
+  for (const CommandInfo& info : Commands())
+    if (info.id == id) return &info;
   return nullptr;
 }
 
 // ---------------------------------------------------------------- parsing
 
-bool Takes(const CommandSpec& command, Opt id) {
+bool Takes(const CommandInfo& command, Opt id) {
   return std::find(command.options.begin(), command.options.end(), id) != command.options.end();
 }
 
@@ -165,14 +165,14 @@ void Apply(Opt id, bool on, const std::string& value, CliArgs* out) {
   }
 }
 
-std::string TryHelp(const CommandSpec& command) {
+std::string TryHelp(const CommandInfo& command) {
   return " (try 'tessarine " + std::string(command.name) + " --help')";
 }
 
 // Parses the arguments after the command word.
 class CommandParser {
  public:
-  CommandParser(const CommandSpec& command, CliArgs* out, std::string* error)
+  CommandParser(const CommandInfo& command, CliArgs* out, std::string* error)
       : m_command(command), m_out(out), m_error(error) {}
 
   bool Run(std::span<const std::string> args) {
@@ -224,48 +224,48 @@ class CommandParser {
       body = body.substr(0, eq);
     }
     bool negated = false;
-    const OptionSpec* spec = Lookup(body);
-    if (!spec && body.starts_with("no-")) {
-      spec = Lookup(body.substr(3));
-      negated = spec != nullptr;
-      if (spec && spec->arg != Arg::kSwitch) spec = nullptr;
+    const OptionInfo* info = Lookup(body);
+    if (!info && body.starts_with("no-")) {
+      info = Lookup(body.substr(3));
+      negated = info != nullptr;
+      if (info && info->arg != Arg::kSwitch) info = nullptr;
     }
-    if (!spec || !Takes(m_command, spec->id)) return Unknown("--" + std::string(body));
+    if (!info || !Takes(m_command, info->id)) return Unknown("--" + std::string(body));
     std::string value;
-    if (spec->arg == Arg::kValue) {
+    if (info->arg == Arg::kValue) {
       if (!Value("--" + std::string(body), inline_value, args, i, &value)) return false;
     } else if (inline_value) {
       return Fail("option '--" + std::string(body) + "' takes no value");
     }
-    Apply(spec->id, !negated, value, m_out);
+    Apply(info->id, !negated, value, m_out);
     return true;
   }
 
   // Bundled short options: -qo FILE, -oFILE, -q -h.
   bool Short(const std::string& a, std::span<const std::string> args, size_t* i) {
     for (size_t k = 1; k < a.size(); ++k) {
-      const OptionSpec* spec = nullptr;
-      for (const OptionSpec& s : kOptions)
-        if (s.short_name == a[k]) spec = &s;
+      const OptionInfo* info = nullptr;
+      for (const OptionInfo& s : kOptions)
+        if (s.short_name == a[k]) info = &s;
       std::string shown = std::string("-") + a[k];
-      if (!spec || !Takes(m_command, spec->id)) return Unknown(shown);
-      if (spec->arg != Arg::kValue) {
-        Apply(spec->id, true, {}, m_out);
+      if (!info || !Takes(m_command, info->id)) return Unknown(shown);
+      if (info->arg != Arg::kValue) {
+        Apply(info->id, true, {}, m_out);
         continue;
       }
       std::optional<std::string> inline_value;
       if (k + 1 < a.size()) inline_value = a.substr(k + 1);
       std::string value;
       if (!Value(shown, inline_value, args, i, &value)) return false;
-      Apply(spec->id, true, value, m_out);
+      Apply(info->id, true, value, m_out);
       return true;
     }
     return true;
   }
 
-  const OptionSpec* Lookup(std::string_view name) const {
-    for (const OptionSpec& spec : kOptions)
-      if (spec.name == name || (!spec.alias.empty() && spec.alias == name)) return &spec;
+  const OptionInfo* Lookup(std::string_view name) const {
+    for (const OptionInfo& info : kOptions)
+      if (info.name == name || (!info.alias.empty() && info.alias == name)) return &info;
     return nullptr;
   }
 
@@ -278,22 +278,22 @@ class CommandParser {
     return true;
   }
 
-  const CommandSpec& m_command;
+  const CommandInfo& m_command;
   CliArgs* m_out;
   std::string* m_error;
 };
 
 // ---------------------------------------------------------------- help
 
-std::string OptionLine(const OptionSpec& spec) {
+std::string OptionLine(const OptionInfo& info) {
   std::string left = "  ";
-  left += spec.short_name ? std::string("-") + spec.short_name + ", " : std::string("    ");
+  left += info.short_name ? std::string("-") + info.short_name + ", " : std::string("    ");
   left += "--";
-  if (spec.arg == Arg::kSwitch) left += "[no-]";
-  left += spec.name;
-  if (spec.arg == Arg::kValue) {
+  if (info.arg == Arg::kSwitch) left += "[no-]";
+  left += info.name;
+  if (info.arg == Arg::kValue) {
     left += ' ';
-    left += spec.value_name;
+    left += info.value_name;
   }
   constexpr size_t kColumn = 32;
   std::string line = left;
@@ -304,7 +304,7 @@ std::string OptionLine(const OptionSpec& spec) {
     line.append(kColumn - line.size(), ' ');
   }
   // Wrap the help text at about 100 columns, continuing under itself.
-  std::string_view text = spec.help;
+  std::string_view text = info.help;
   size_t width = 100 - kColumn;
   while (text.size() > width) {
     size_t cut = text.rfind(' ', width);
@@ -344,8 +344,8 @@ constexpr std::string_view kBuildNotes =
 }  // namespace
 
 Command FindCommand(std::string_view name) {
-  for (const CommandSpec& spec : Commands())
-    if (spec.name == name) return spec.id;
+  for (const CommandInfo& info : Commands())
+    if (info.name == name) return info.id;
   return Command::kNone;
 }
 
@@ -373,12 +373,12 @@ bool ParseArgs(std::span<const std::string> args, CliArgs* out, std::string* err
   if (out->help || out->version) return true;  // "tessarine --help render" shows the general help
   out->command_name = args[i];
   out->command = FindCommand(args[i]);
-  const CommandSpec* spec = FindSpec(out->command);
-  if (!spec) {
+  const CommandInfo* info = FindSpec(out->command);
+  if (!info) {
     *error = "unknown command '" + args[i] + "' (try 'tessarine --help')";
     return false;
   }
-  CommandParser parser(*spec, out, error);
+  CommandParser parser(*info, out, error);
   if (!parser.Run(args.subspan(i + 1))) return false;
   if (out->command == Command::kHelp && !out->operands.empty() &&
       FindCommand(out->operands[0]) == Command::kNone) {
@@ -397,10 +397,10 @@ std::string GeneralHelp() {
       "GIFs, acting as the plug-in's host.\n"
       "\n"
       "Commands:\n";
-  for (const CommandSpec& spec : Commands()) {
-    std::string left = "  " + std::string(spec.name);
+  for (const CommandInfo& info : Commands()) {
+    std::string left = "  " + std::string(info.name);
     left.append(12 - std::min<size_t>(12, left.size()), ' ');
-    text += left + std::string(spec.summary) + "\n";
+    text += left + std::string(info.summary) + "\n";
   }
   text += "\n";
   text += kExitCodes;
@@ -408,12 +408,12 @@ std::string GeneralHelp() {
 }
 
 std::string CommandHelp(Command command) {
-  const CommandSpec* spec = FindSpec(command);
-  if (!spec || command == Command::kHelp) return GeneralHelp();
-  std::string text = "Usage: tessarine " + std::string(spec->usage) + "\n\n";
-  text += std::string(spec->description) + "\n\nOptions:\n";
-  for (Opt id : spec->options) text += OptionLine(Spec(id));
-  bool builds = std::find(spec->options.begin(), spec->options.end(), Opt::kPalette) != spec->options.end();
+  const CommandInfo* info = FindSpec(command);
+  if (!info || command == Command::kHelp) return GeneralHelp();
+  std::string text = "Usage: tessarine " + std::string(info->usage) + "\n\n";
+  text += std::string(info->description) + "\n\nOptions:\n";
+  for (Opt id : info->options) text += OptionLine(OptionInfoOf(id));
+  bool builds = std::find(info->options.begin(), info->options.end(), Opt::kPalette) != info->options.end();
   if (builds) {
     text += "\n" + PaletteList() + "\n";
     text += kBuildNotes;
