@@ -3,6 +3,7 @@
 // and the bit stream is cut into sub-blocks of at most 255 bytes.
 #include "output/gif_lzw.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "base/bytes.h"
@@ -20,31 +21,49 @@ namespace {
 constexpr int kMaxCodeBits = 12;
 constexpr uint32_t kCodeLimit = 1u << kMaxCodeBits;
 
-// The string table is an open-addressing hash from (prefix code, index) to
-// code. Each slot packs key << 12 | code into 32 bits (the 20-bit key of an
-// 8-bit index and a 12-bit prefix, then the 12-bit code); 0 marks a free slot,
-// which no entry can equal because codes start above the end code.
+// The string table maps (prefix code, index) to a code. Why it is shaped as
+// it is: each lookup's prefix is the previous lookup's result, so the encoder
+// runs at the speed of one chain of lookups, and whether a string ends is
+// close to a coin toss on dithered frames. So the chain from one prefix to the
+// next has to be a load and a few one-cycle steps, from a table that stays
+// near the first-level cache, and a lookup has to finish without a branch on
+// its outcome: a mispredicted branch costs more than three lookups.
 //
-// Why 32768 slots and not the classic 5003: the table holds at most 4096
-// codes, and near the classic table's final load of 82% some 40% of lookups on
-// smooth frames need more than one slot; the probe loops' mispredicted
-// branches then cost more than the rest of the encoder together. At a load of
-// at most 12.5% nearly every lookup ends at its first slot, which more than
-// doubles the speed for 128 KB instead of 30 KB. The layout cannot change the
-// output: any exact dictionary gives the same codes (the tests compare the
-// bytes with a classic 5003-slot encoder).
-constexpr int kTableBits = 15;
-constexpr uint32_t kTableSlots = 1u << kTableBits;
+// Home buckets of two entries hold most strings. Each index has a window of
+// 4096 consecutive buckets starting at a scrambled offset, and the prefix
+// picks the bucket within it, so for one index every prefix has a bucket of
+// its own, and the bucket's address is one load away from the prefix with no
+// arithmetic between. An entry then only needs the index and the code:
+// generation << 20 | index << 12 | (4095 - code). XOR with this generation's
+// tag for the index (generation << 20 | index << 12) leaves 4095 - code, below
+// 4096, for the entry of this string alone; an entry of another index gives
+// 4096 up to 2^20, and a free or stale one (of another generation) 2^20 or
+// more. Generations make clearing the table a counter increment, with a real
+// clear every 255 times.
+//
+// A string whose home bucket is full goes to the overflow table, open-
+// addressed by the whole key (index << 12 | prefix) with entries key << 12 |
+// code (never 0, as codes start above the end code); only lookups in full
+// buckets take that branch.
+//
+// The layout cannot change the output: any exact dictionary gives the same
+// codes (the tests compare the bytes with a classic 5003-slot encoder).
+constexpr uint32_t kBuckets = 2 * kCodeLimit;  // windows start at 0..4095
+constexpr int kOverflowBits = 12;  // the table holds fewer than 4096 strings
+constexpr uint32_t kOverflowStart = 2 * kBuckets;
+constexpr uint32_t kSpare = kOverflowStart + (1u << kOverflowBits);  // stores that change nothing land here
+constexpr uint32_t kGeneration = kSpare + 1;    // the generation of the home entries
+constexpr uint32_t kOverflowUsed = kSpare + 2;  // whether the overflow table holds anything
+constexpr uint32_t kTableEntries = kSpare + 3;
+constexpr uint32_t kCurrent = 1u << 20;  // XOR-ed entries of this generation are below
+constexpr uint32_t kLastGeneration = 255;
 
-// Each lookup's prefix is the previous lookup's result, so the prefix's share
-// of the hash sits on the loop's critical path and is a mere shift; the
-// index's share, known early, is scrambled by a Fibonacci multiply meanwhile.
-// For one index, different prefixes land 8 slots apart and never collide.
-inline uint32_t HashSlot(uint32_t index, uint32_t prefix) {
-  return ((index * 0x9E3779B1u) >> (32 - kTableBits)) ^ (prefix << (kTableBits - kMaxCodeBits));
-}
+inline uint32_t Scramble(uint32_t index) { return (index * 0x9E3779B1u) >> (32 - kMaxCodeBits); }
 
 constexpr int kSubBlockMax = 255;
+
+// Pixels looked up between two runs of the bit packer.
+constexpr size_t kChunk = 512;
 
 // Turns the code stream into length-prefixed sub-blocks. The encoder packs
 // bytes into run() itself and calls Drain when the run reaches limit();
@@ -145,51 +164,222 @@ bool LzwIndicesFit(const ImageBlock& image, int bit_count) {
 }
 
 bool LzwEncoder::EnsureTables() {
-  if (!m_table) m_table = AllocBuffer<uint32_t>(kTableSlots);
+  if (!m_table) m_table = AllocBuffer<uint32_t>(kTableEntries);
   return m_table != nullptr;
 }
 
-// The hot loop: follows the string from *prefix along the pixels while the
-// table knows the longer string. Returns the first pixel that ends it (or
-// `end`), with *prefix the code of the string so far and *slot_out the free
-// slot where (prefix, that pixel) belongs. A function of its own so that the
-// compiler gives its few values the registers, not the whole coder's state.
-inline const uint8_t* ExtendString(const uint32_t* table, const uint8_t* p, const uint8_t* end,
-                                   uint32_t* prefix_io, uint32_t* slot_out) {
-  uint32_t prefix = *prefix_io;
-  for (; p < end; ++p) {
-    const uint32_t c = *p;
-    const uint32_t key = (c << kMaxCodeBits) | prefix;
-    const uint32_t tag = key << kMaxCodeBits;
-    uint32_t slot = HashSlot(c, prefix);
-    uint32_t entry = table[slot];
-    // entry ^ tag is the code when the slot holds this key; codes are 1..4095,
-    // while a free slot or another key gives 0 or 4096 and up.
-    uint32_t code = entry ^ tag;
-    if (code - 1 < kCodeLimit - 1) {  // the string continues: the common case
-      prefix = code;
-      continue;
+namespace {
+
+// The branch taken when a string's home bucket is full: finds the string in
+// the overflow table. Returns its code, or 0 with *free_out the slot where it
+// belongs; a free slot always exists, the table holding fewer strings than
+// slots.
+uint32_t FindOverflow(const uint32_t* overflow, uint32_t key, uint32_t* free_out) {
+  for (uint32_t slot = (key * 0x9E3779B1u) >> (32 - kOverflowBits);; slot = (slot + 1) & ((1u << kOverflowBits) - 1)) {
+    const uint32_t entry = overflow[slot];
+    if (entry == 0) {
+      *free_out = slot;
+      return 0;
     }
-    while (entry != 0) {  // another key here: linear probing
-      slot = (slot + 1) & (kTableSlots - 1);
-      entry = table[slot];
-      code = entry ^ tag;
-      if (code - 1 < kCodeLimit - 1) break;
-    }
-    if (entry != 0) {
-      prefix = code;
-      continue;
-    }
-    *slot_out = slot;
-    break;
+    if ((entry >> kMaxCodeBits) == key) return entry & (kCodeLimit - 1);
   }
-  *prefix_io = prefix;
-  return p;
 }
 
-// The coder's state (bit accumulator, output position, width, next code) is
-// kept in locals and lambdas rather than in a helper object, so the compiler
-// can hold it in registers; with member state it was reloaded on every code.
+// Packs codes into bytes. It follows the same width and table-size rules as
+// the string table, from the codes alone: every code but the last is followed
+// by a new string, or by a clear code when the table is full.
+class CodePacker {
+ public:
+  CodePacker(int code_size, SubBlockWriter& blocks)
+      : m_blocks(blocks),
+        m_clear_code(1u << code_size),
+        m_first_width(static_cast<uint32_t>(code_size) + 1),
+        m_at(blocks.run()),
+        m_limit(blocks.limit()) {
+    Restart();
+  }
+
+  void Start() { Put(m_clear_code); }
+
+  // Codes of strings that were each followed by one more index, given as
+  // 4095 - code. The state is copied into locals: stores through the byte
+  // pointer could alias the members, which would be reloaded every time.
+  void Codes(const uint16_t* codes, size_t n) {
+    uint8_t* at = m_at;
+    uint32_t bits = m_bits, pending = m_pending, width = m_width, next_code = m_next_code;
+    for (size_t i = 0; i < n; ++i) {
+      Append(kCodeLimit - 1 - codes[i], width, at, bits, pending);
+      // The next code needs another bit; at 12 bits the table is full instead.
+      if (next_code >> width) [[unlikely]] {
+        if (width < kMaxCodeBits) {
+          ++width;
+        } else {  // the string table starts over
+          Append(m_clear_code, width, at, bits, pending);
+          width = m_first_width;
+          next_code = m_clear_code + 1;  // + 1 below
+        }
+      }
+      ++next_code;
+      if (at >= m_limit) [[unlikely]] at = m_blocks.Drain(at);
+    }
+    m_at = at;
+    m_bits = bits, m_pending = pending, m_width = width, m_next_code = next_code;
+  }
+
+  // The last string, the end code and the zero-padded last byte.
+  bool Finish(uint32_t last) {
+    Put(last);
+    // The end code is as wide as a code that followed would be, as decoders
+    // expect.
+    if ((m_next_code >> m_width) && m_width < kMaxCodeBits) ++m_width;
+    Put(m_clear_code + 1);
+    if (m_pending > 0) *m_at++ = static_cast<uint8_t>(m_bits);
+    return m_blocks.Finish(m_at);
+  }
+
+ private:
+  void Restart() {
+    m_width = m_first_width;
+    m_next_code = m_clear_code + 2;
+  }
+
+  // Stores whole bytes without a data-dependent branch: the pending bits (at
+  // most 7 + 12 = 19) always fit the 32-bit store, and only the bytes that are
+  // complete count. The run has slack past its limit for the extra bytes.
+  static void Append(uint32_t code, uint32_t width, uint8_t*& at, uint32_t& bits, uint32_t& pending) {
+    bits |= code << pending;
+    pending += width;
+    put_u32le(at, bits);
+    at += pending >> 3;
+    bits >>= pending & 24;
+    pending &= 7;
+  }
+
+  void Put(uint32_t code) {
+    Append(code, m_width, m_at, m_bits, m_pending);
+    if (m_at >= m_limit) m_at = m_blocks.Drain(m_at);
+  }
+
+  SubBlockWriter& m_blocks;
+  const uint32_t m_clear_code;
+  const uint32_t m_first_width;
+  uint8_t* m_at;
+  const uint8_t* const m_limit;
+  uint32_t m_next_code = 0;  // code the next new string gets
+  uint32_t m_width = 0;      // bits of the next code written
+  uint32_t m_bits = 0;       // pending bits, least significant first; fewer than 8
+  uint32_t m_pending = 0;
+};
+
+// The string table side: follows strings along the pixels and lists the code
+// of every string that ends.
+class StringTable {
+ public:
+  StringTable(uint32_t* table, int code_size) : m_table(table), m_first_code((1u << code_size) + 2) {
+    for (uint32_t c = 0; c < 256; ++c) {
+      m_offset[c] = 2 * Scramble(c);
+      m_base[c] = table + m_offset[c];
+    }
+    Reset();
+  }
+
+  void Start(uint32_t first_index) { m_prefix = first_index; }
+  uint32_t prefix() const { return m_prefix; }
+
+  // Reads [p, end) and writes the code of each string that ends there to
+  // `codes`, which has room for one per pixel. Returns how many.
+  size_t Extend(const uint8_t* p, const uint8_t* end, uint16_t* codes);
+
+ private:
+  // Starts a new generation: every home entry of an older one reads as free.
+  // Only when the generations run out are the home buckets cleared.
+  void Reset() {
+    uint32_t generation = m_table[kGeneration] + 1;
+    if (generation > kLastGeneration) {
+      std::memset(m_table, 0, sizeof(uint32_t) * kOverflowStart);
+      generation = 1;
+    }
+    m_table[kGeneration] = generation;
+    if (m_table[kOverflowUsed] != 0) {
+      std::memset(m_table + kOverflowStart, 0, sizeof(uint32_t) << kOverflowBits);
+      m_table[kOverflowUsed] = 0;
+    }
+    for (uint32_t c = 0; c < 256; ++c) m_tag[c] = generation << 20 | c << kMaxCodeBits;
+    m_next_code = m_first_code;
+  }
+
+  uint32_t* const m_table;
+  const uint32_t m_first_code;
+  uint32_t m_tag[256];       // what an entry of this generation for each index XORs to its code
+  uint32_t* m_base[256];     // each index's window of home buckets
+  uint32_t m_offset[256];    // the same, as an entry number
+  uint32_t m_prefix = 0;     // code of the string read so far
+  uint32_t m_next_code = 0;  // code the next new string gets
+};
+
+// The hot loop. Everything after the lookup is done for every pixel and
+// cancelled by masks when the string goes on, rather than branched around:
+// whether a string ends is close to a coin toss on dithered frames, and a
+// mispredicted branch costs more than the whole step. Bit packing is left to
+// CodePacker, which keeps this loop short.
+//
+// The loop keeps q = 4095 - prefix rather than the prefix: home entries hold
+// 4095 - code, so the next q is the least of the two entries XOR the tag and
+// of 4095 - c, the q of the string c on its own, which every code exceeds.
+// Signed comparisons, as every value is below 2^31, compile to one-cycle
+// conditional moves.
+size_t StringTable::Extend(const uint8_t* p, const uint8_t* const end, uint16_t* codes) {
+  uint32_t* const table = m_table;
+  uint32_t q = kCodeLimit - 1 - m_prefix, next_code = m_next_code;
+  uint32_t n = 0;
+  for (; p < end; ++p) {
+    const uint32_t c = *p;
+    const uint32_t tag = m_tag[c];
+    const uint32_t* const base = m_base[c];
+    const uint32_t e0 = base[2 * static_cast<size_t>(q)], e1 = base[2 * static_cast<size_t>(q) + 1];
+    const int32_t x0 = static_cast<int32_t>(e0 ^ tag), x1 = static_cast<int32_t>(e1 ^ tag);
+    const int32_t found = std::min(x0, x1);
+    uint32_t next_q = static_cast<uint32_t>(std::min(found, static_cast<int32_t>(kCodeLimit - 1 - c)));
+    uint32_t miss = found >= static_cast<int32_t>(kCodeLimit);
+    // Where a new string goes, known early so that the next lookups never wait
+    // for this store's address. A string that goes on stores the entry's own
+    // value back: the entry is then entry 1, as entry 0 is taken.
+    // (Through m_offset, not m_base: were the loads' address shared with the
+    // store, the compiler would compute it with an extra addition on the chain.)
+    uint32_t* store_at = table + (m_offset[c] + 2 * q + (x0 < static_cast<int32_t>(kCurrent)));  // entry 0 fills first
+    uint32_t stored = tag | (kCodeLimit - 1);
+    // A miss (found - 4096 does not wrap) in a bucket whose entry 1, and so
+    // entry 0, holds another string of this generation: one branch, seldom
+    // taken, in integer arithmetic so that the compiler cannot split it into
+    // two unpredictable ones.
+    if (((static_cast<uint32_t>(found) - kCodeLimit) | static_cast<uint32_t>(x1)) < kCurrent) [[unlikely]] {
+      const uint32_t key = (c << kMaxCodeBits) | (kCodeLimit - 1 - q);
+      uint32_t slot = 0;
+      const uint32_t code = FindOverflow(table + kOverflowStart, key, &slot);
+      table[kOverflowUsed] = 1;
+      store_at = table + kOverflowStart + slot;
+      stored = key << kMaxCodeBits;
+      if (code != 0) next_q = kCodeLimit - 1 - code, miss = 0, store_at = table + kSpare;
+    }
+    // A miss ends the string: its code is listed and (prefix, c) gets the next.
+    codes[n] = static_cast<uint16_t>(q);
+    n += miss;
+    q = next_q;
+    if (next_code + miss > kCodeLimit) [[unlikely]] {  // the table is full: start over
+      Reset();
+      next_code = m_next_code;
+      continue;
+    }
+    stored ^= next_code;
+    *store_at = stored ^ ((stored ^ e1) & (miss - 1));
+    next_code += miss;
+  }
+  m_prefix = kCodeLimit - 1 - q, m_next_code = next_code;
+  return n;
+}
+
+}  // namespace
+
 GifStatus LzwEncoder::Encode(ByteSink& sink, const ImageBlock& image, int bit_count) {
   const int code_size = LzwCodeSize(bit_count);
   if (code_size == 0 || !image) return GifStatus::kBadArgument;
@@ -201,72 +391,23 @@ GifStatus LzwEncoder::Encode(ByteSink& sink, const ImageBlock& image, int bit_co
 
   if (!sink.PutByte(static_cast<uint8_t>(code_size))) return GifStatus::kWriteFailed;
 
-  uint32_t* const table = m_table.get();
-  const uint32_t clear_code = 1u << code_size;
-  const uint32_t end_code = clear_code + 1;
-  const int first_width = code_size + 1;
-  const int width_px = image.width();
-  const int height_px = image.height();
-
-  int width = first_width;
-  uint32_t max_code = (1u << width) - 1;  // largest code the current width holds
-  uint32_t next_code = clear_code + 2;
-  std::memset(table, 0, sizeof(uint32_t) * kTableSlots);
-
   SubBlockWriter blocks(sink);
-  uint8_t* at = blocks.run();
-  const uint8_t* const limit = blocks.limit();
-  uint32_t bits = 0;  // pending bits, least significant first; fewer than 8
-  int bit_count_pending = 0;
-
-  // Stores whole bytes without a data-dependent branch: the pending bits (at
-  // most 7 + 12 = 19) always fit the 32-bit store, and only the bytes that are
-  // complete count. The run has slack past its limit for the extra bytes.
-  auto put = [&](uint32_t code) {
-    bits |= code << bit_count_pending;
-    bit_count_pending += width;
-    put_u32le(at, bits);
-    const int whole = bit_count_pending >> 3;
-    at += whole;
-    bits >>= 8 * whole;
-    bit_count_pending &= 7;
-    if (at >= limit) at = blocks.Drain(at);
-  };
-  // Emits a string's code and widens the codes once the next free code no
-  // longer fits. At 12 bits max_code is the table size, so the width stops.
-  auto emit = [&](uint32_t code) {
-    put(code);
-    if (next_code > max_code) {
-      ++width;
-      max_code = width == kMaxCodeBits ? kCodeLimit : (1u << width) - 1;
-    }
-  };
-
-  put(clear_code);
-  uint32_t prefix = RowIndices(image, 0, scratch.get())[0];
-  for (int y = 0; y < height_px; ++y) {
-    const uint8_t* p = RowIndices(image, y, scratch.get()) + (y == 0 ? 1 : 0);
-    const uint8_t* const row_end = p + width_px - (y == 0 ? 1 : 0);
-    uint32_t slot = 0;
-    while ((p = ExtendString(table, p, row_end, &prefix, &slot)) != row_end) {
-      const uint32_t c = *p++;
-      emit(prefix);
-      if (next_code < kCodeLimit) {
-        table[slot] = (((c << kMaxCodeBits) | prefix) << kMaxCodeBits) | next_code++;
-      } else {  // table full: start over so codes stay within 12 bits
-        put(clear_code);
-        std::memset(table, 0, sizeof(uint32_t) * kTableSlots);
-        width = first_width;
-        max_code = (1u << width) - 1;
-        next_code = clear_code + 2;
-      }
-      prefix = c;
+  CodePacker packer(code_size, blocks);
+  StringTable strings(m_table.get(), code_size);
+  packer.Start();
+  uint16_t codes[kChunk];
+  const int width_px = image.width();
+  for (int y = 0; y < image.height(); ++y) {
+    const uint8_t* row = RowIndices(image, y, scratch.get());
+    int x = 0;
+    if (y == 0) strings.Start(row[x++]);
+    while (x < width_px) {
+      const int n = std::min(width_px - x, static_cast<int>(kChunk));
+      packer.Codes(codes, strings.Extend(row + x, row + x + n, codes));
+      x += n;
     }
   }
-  emit(prefix);
-  put(end_code);
-  if (bit_count_pending > 0) *at++ = static_cast<uint8_t>(bits);  // zero-padded last byte
-  return blocks.Finish(at) ? GifStatus::kOk : GifStatus::kWriteFailed;
+  return packer.Finish(strings.prefix()) ? GifStatus::kOk : GifStatus::kWriteFailed;
 }
 
 }  // namespace tess

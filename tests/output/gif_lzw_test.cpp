@@ -162,6 +162,45 @@ TEST(LzwEncoder, SmoothPicturesCompressAndReuseTablesAcrossFrames) {
   EXPECT_EQ(Decode(two, noise, &info), Indices(noise));
 }
 
+// One encoder keeps its string table between frames and marks old strings
+// stale by generation rather than clearing them: hundreds of table fills (more
+// generations than the entries can tell apart), every bit count, rows wider
+// than the encoder's chunk, flat pictures (index 0 after index 0 is the
+// all-zero key) and noise that overflows the home buckets must all give the
+// classic encoder's bytes.
+TEST(LzwEncoder, OneEncoderMatchesTheClassicEncoderAcrossManyFrames) {
+  LzwEncoder lzw;
+  int frames = 0;
+  auto check = [&](const ImageBlock& image, int bits) {
+    MemorySink sink;
+    ASSERT_EQ(lzw.Encode(sink, image, bits), GifStatus::kOk);
+    ASSERT_EQ(sink.bytes(), ClassicEncode(image, bits == 1 ? 2 : bits)) << "frame " << frames;
+    ++frames;
+  };
+  for (int round = 0; round < 70; ++round) {
+    const int bits = 1 + round % 8;
+    const int depth = testing::DepthForGifBits(bits), top = (1 << bits) - 1;
+    const uint32_t seed = static_cast<uint32_t>(round);
+    check(IndexImage(47, 33, depth, top, seed, true), bits);
+    check(IndexImage(64, 64, 8, 255, seed, true), 8);  // one table fill or more
+    check(IndexImage(1100, 3, depth, top, seed, false), bits);
+    ImageBlock flat = ImageCreate(33, 47, nullptr, depth);  // all index 0
+    check(flat, bits);
+  }
+  ASSERT_EQ(frames, 280);
+  // The same small picture again and again: once the generations wrap, any
+  // string left over from an earlier frame would be found too early.
+  ImageBlock same = IndexImage(47, 33, 8, 255, 5, false);
+  const std::vector<uint8_t> expected = ClassicEncode(same, 8);
+  for (int i = 0; i < 600; ++i) {
+    MemorySink sink;
+    ASSERT_EQ(lzw.Encode(sink, same, 8), GifStatus::kOk);
+    ASSERT_EQ(sink.bytes(), expected) << "repeat " << i;
+  }
+  // 512x512 noise fills the table about 70 times per frame.
+  for (uint32_t seed = 1; seed <= 3; ++seed) check(IndexImage(512, 512, 8, 255, seed, true), 8);
+}
+
 TEST(LzwEncoder, CodeSizeNineIsAcceptedForEightBitPictures) {
   ImageBlock image = IndexImage(40, 30, 8, 255, 3, true);
   Encoded e = Encode(image, 9);
