@@ -14,7 +14,7 @@
 //    32-value cubes from those, and 8-value cubes (the cells of the lookup
 //    grid) from those. Anything nearest within a cell is nearest within the
 //    cell around it, so nothing is lost, and each list costs a pass over a
-//    short one. Most small cells have at most three candidates, kept in the
+//    short one. Most small cells have at most four candidates, kept in the
 //    cell's own word.
 //  - Nearest answers that the cell's word cannot give (longer lists, and the
 //    whole-palette scans the first memoised searches make before any cell is
@@ -58,11 +58,6 @@ constexpr int BigCellOf(int small) {
   return ((small >> 2) & 7) | (((small >> 7) & 7) << 3) | (((small >> 12) & 7) << 6);
 }
 constexpr int HugeCellOf(int big) { return ((big >> 1) & 3) | (((big >> 4) & 3) << 2) | (((big >> 7) & 3) << 4); }
-
-constexpr uint32_t PackEntry(int index, int r, int g, int b) {
-  return static_cast<uint32_t>(index) | static_cast<uint32_t>(r) << 8 | static_cast<uint32_t>(g) << 16 |
-         static_cast<uint32_t>(b) << 24;
-}
 
 inline int Weighted(int dr, int dg, int db) { return 3 * dr * dr + 4 * dg * dg + 2 * db * db; }
 
@@ -155,7 +150,7 @@ struct PaletteMatcher::State {
 bool PaletteMatcher::Init(const uint8_t* rgb, int count, bool with_lookup) {
   m_state = AllocBuffer<State>(1);
   m_linear = AllocBuffer<Linear>(256);
-  m_cell = AllocBuffer<uint32_t>(kSmallCells);
+  m_cell = AllocBuffer<uint64_t>(kSmallCells);
   m_pool = AllocBuffer<uint8_t>(kPoolStart);
   if (with_lookup) m_lookup = AllocBuffer<uint16_t>(kLookupEntries);
   if (!m_state || !m_linear || !m_cell || !m_pool || (with_lookup && !m_lookup)) return false;
@@ -173,9 +168,11 @@ bool PaletteMatcher::Init(const uint8_t* rgb, int count, bool with_lookup) {
     s.all.red[i] = static_cast<int16_t>(r);
     s.all.green[i] = static_cast<int16_t>(g);
     s.all.blue[i] = static_cast<int16_t>(b);
-    m_linear[i] = {3 * r * r + 4 * g * g + 2 * b * b, static_cast<int16_t>(6 * r), static_cast<int16_t>(8 * g),
-                   static_cast<int16_t>(4 * b), PackEntry(i, r, g, b)};
-    s.level[i] = m_linear[i].level, s.red_step[i] = 6 * r, s.green_step[i] = 8 * g, s.blue_step[i] = 4 * b;
+    const int level = 3 * r * r + 4 * g * g + 2 * b * b;
+    const uint32_t entry = static_cast<uint32_t>(i) << 24 | Pack(r, g, b);
+    m_linear[i] = {static_cast<int64_t>(level) * (int64_t{1} << 32) + entry, int64_t{6 * r} << 32, int64_t{8 * g} << 32,
+                   int64_t{4 * b} << 32};
+    s.level[i] = level, s.red_step[i] = 6 * r, s.green_step[i] = 8 * g, s.blue_step[i] = 4 * b;
     uint32_t key = Pack(r, g, b) + 1;
     uint32_t slot = Hash(key - 1, 10);
     while (s.exact_key[slot] != 0 && s.exact_key[slot] != key) slot = (slot + 1) % kExactSlots;
@@ -218,10 +215,10 @@ int PaletteMatcher::Lookup(int key) {
 
 int PaletteMatcher::Search(int r, int g, int b) {
   const int small = LookupKey(r, g, b);
-  uint32_t cell = m_cell[small];
+  uint64_t cell = m_cell[small];
   if (cell == 0) cell = BuildCell(small);
   if (cell & kFew) return Nearer(cell, r, g, b);
-  if (cell & kMany) return Scan(ListAt(cell & ~kMany), r, g, b);
+  if (cell & kMany) return Scan(ListAt(static_cast<uint32_t>(cell)), r, g, b);
   return Scan(BigList(BigCellOf(small)), r, g, b);  // the pool could not grow
 }
 
@@ -297,19 +294,19 @@ PaletteMatcher::List PaletteMatcher::BigList(int big) {
 }
 
 // Settles a small cell; 0 when the pool cannot grow (the cell stays unknown).
-uint32_t PaletteMatcher::BuildCell(int small) {
+uint64_t PaletteMatcher::BuildCell(int small) {
   List from = BigList(BigCellOf(small));
   if (!Reserve(static_cast<size_t>(from.count) + 1)) return 0;
   from = BigList(BigCellOf(small));  // the pool may have moved
   const int lo[3] = {(small & 31) * 8, ((small >> 5) & 31) * 8, ((small >> 10) & 31) * 8};
   uint8_t* out = m_pool.get() + m_pool_used;
   const int count = FilterCandidates(m_state[0].rgb, from.entries, from.count, lo, 8, out + 1);
-  if (count <= 3) {  // kept in the cell's word; the pool space is not taken
-    const uint32_t second = out[std::min(count, 2)], third = out[count];
-    m_cell[small] = kFew | out[1] | (second << 8) | (third << 16);
+  if (count <= 4) {  // kept in the cell's word; the pool space is not taken
+    m_cell[small] = kFew | FewCandidate(out[1], 0) | FewCandidate(out[std::min(count, 2)], 1) |
+                    FewCandidate(out[std::min(count, 3)], 2) | FewCandidate(out[count], 3);
   } else {
     out[0] = static_cast<uint8_t>(count - 1);
-    m_cell[small] = kMany | static_cast<uint32_t>(m_pool_used);
+    m_cell[small] = kMany | m_pool_used;
     m_pool_used += static_cast<size_t>(count) + 1;
   }
   return m_cell[small];
