@@ -67,15 +67,21 @@ inline int Weighted(int dr, int dg, int db) { return 3 * dr * dr + 4 * dg * dg +
 // in x (the squares cancel), so its largest value over the cube is at the
 // corner each axis's sign picks; entries for which it is negative are beaten
 // by `ref` everywhere and can never be the answer. Returns the count.
+//
+// No branch depends on the colours: the reference is the least distance
+// keyed with its place in the list (distances to the doubled centre are at
+// most 9 * 510^2, which times 256 plus the place still fits an int), so the
+// least names the first of the nearest, and the list is compacted by count.
 int FilterCandidates(const uint8_t* rgb, const uint8_t* from, int n, const int lo[3], int size, uint8_t* out) {
   const int twice_centre[3] = {2 * lo[0] + size - 1, 2 * lo[1] + size - 1, 2 * lo[2] + size - 1};
-  int ref = from[0], ref_distance = INT_MAX;
+  int least = INT_MAX;
   for (int k = 0; k < n; ++k) {
     const uint8_t* p = rgb + 3 * from[k];
-    int d = Weighted(twice_centre[0] - 2 * p[0], twice_centre[1] - 2 * p[1], twice_centre[2] - 2 * p[2]);
-    if (d < ref_distance) ref_distance = d, ref = from[k];
+    const int d = Weighted(twice_centre[0] - 2 * p[0], twice_centre[1] - 2 * p[1], twice_centre[2] - 2 * p[2]);
+    least = std::min(least, d * 256 + k);
   }
-  const int qr = rgb[3 * ref], qg = rgb[3 * ref + 1], qb = rgb[3 * ref + 2];
+  const uint8_t* q = rgb + 3 * from[least & 0xFF];
+  const int qr = q[0], qg = q[1], qb = q[2];
   const int low[3] = {2 * lo[0], 2 * lo[1], 2 * lo[2]};
   const int high[3] = {2 * (lo[0] + size - 1), 2 * (lo[1] + size - 1), 2 * (lo[2] + size - 1)};
   // One axis's share of the largest d(x, ref) - d(x, entry): the weight times
@@ -222,16 +228,12 @@ int PaletteMatcher::Search(int r, int g, int b) {
   return Scan(BigList(BigCellOf(small)), r, g, b);  // the pool could not grow
 }
 
-// Linear::At orders the entries exactly as their distances, ties included,
-// so the strict-less scan keeps the first of the nearest.
+// Keys order the entries as their distances and then by index, so the least
+// is the first of the nearest; no branch on the comparisons.
 int PaletteMatcher::Scan(List list, int r, int g, int b) const {
-  int best = INT_MAX;
-  int best_index = 0;
-  for (int k = 0; k < list.count; ++k) {
-    const int d = m_linear[list.entries[k]].At(r, g, b);
-    if (d < best) best = d, best_index = list.entries[k];
-  }
-  return best_index;
+  int64_t least = INT64_MAX;
+  for (int k = 0; k < list.count; ++k) least = std::min(least, m_linear[list.entries[k]].Key(r, g, b));
+  return static_cast<int>(EntryOf(least) & 0xFF);
 }
 
 // The whole palette in a fixed-length loop the compiler can vectorise. Each
