@@ -9,13 +9,14 @@
 //    tied; candidates keep palette order, so the strict-less scan still
 //    returns the lowest index among the nearest. An exact match has distance
 //    0, the least possible, so the same scan also returns the first exact
-//    match. Cells come in three sizes, each list built on first use from the
+//    match. Cells come in four sizes, each list built on first use from the
 //    list of the cell around it: 64-value cubes from the whole palette,
-//    32-value cubes from those, and 8-value cubes (the cells of the lookup
-//    grid) from those. Anything nearest within a cell is nearest within the
-//    cell around it, so nothing is lost, and each list costs a pass over a
-//    short one. Most small cells have at most four candidates, kept in the
-//    cell's own word.
+//    32-value cubes from those, 16-value cubes from those and 8-value cubes
+//    (the cells of the lookup grid) from those. Anything nearest within a
+//    cell is nearest within the cell around it, so nothing is lost, and each
+//    list costs a pass over a short one; a list of four or fewer serves all
+//    the small cells inside as it is. Most small cells have at most four
+//    candidates, kept in the cell's own word.
 //  - Nearest answers that the cell's word cannot give (longer lists, and the
 //    whole-palette scans the first memoised searches make before any cell is
 //    built) are memoised per 24-bit colour: NearestColour is a pure function
@@ -37,6 +38,7 @@ constexpr int kMemoBits = 12;
 constexpr int kMemoSlots = 1 << kMemoBits;
 constexpr int kHugeCells = 64;               // 4 per axis, 64 values wide
 constexpr int kBigCells = 512;               // 8 per axis, 32 values wide
+constexpr int kMidCells = 4096;              // 16 per axis, 16 values wide
 constexpr int kSmallCells = kLookupEntries;  // 32 per axis, 8 values wide
 constexpr size_t kPoolStart = 16 * 1024;     // grows by doubling
 // Memoised searches scan the whole palette until this many have been made,
@@ -57,6 +59,10 @@ constexpr uint32_t Hash(uint32_t colour, int bits) { return (colour * 0x9E3779B1
 constexpr int BigCellOf(int small) {
   return ((small >> 2) & 7) | (((small >> 7) & 7) << 3) | (((small >> 12) & 7) << 6);
 }
+constexpr int MidCellOf(int small) {
+  return ((small >> 1) & 15) | (((small >> 6) & 15) << 4) | (((small >> 11) & 15) << 8);
+}
+constexpr int BigCellOfMid(int mid) { return ((mid >> 1) & 7) | (((mid >> 5) & 7) << 3) | (((mid >> 9) & 7) << 6); }
 constexpr int HugeCellOf(int big) { return ((big >> 1) & 3) | (((big >> 4) & 3) << 2) | (((big >> 7) & 3) << 4); }
 
 inline int Weighted(int dr, int dg, int db) { return 3 * dr * dr + 4 * dg * dg + 2 * db * db; }
@@ -148,9 +154,10 @@ struct PaletteMatcher::State {
   uint8_t exact_index[kExactSlots];
   uint32_t memo_key[kMemoSlots];
   uint8_t memo_index[kMemoSlots];
-  // Pool offsets of the huge and big cells' lists, + 1; 0 until built.
+  // Pool offsets of the huge, big and mid cells' lists, + 1; 0 until built.
   uint32_t huge_list[kHugeCells];
   uint32_t big_list[kBigCells];
+  uint32_t mid_list[kMidCells];
 };
 
 bool PaletteMatcher::Init(const uint8_t* rgb, int count, bool with_lookup) {
@@ -225,7 +232,7 @@ int PaletteMatcher::Search(int r, int g, int b) {
   if (cell == 0) cell = BuildCell(small);
   if (cell & kFew) return Nearer(cell, r, g, b);
   if (cell & kMany) return Scan(ListAt(static_cast<uint32_t>(cell)), r, g, b);
-  return Scan(BigList(BigCellOf(small)), r, g, b);  // the pool could not grow
+  return Scan(MidList(MidCellOf(small)), r, g, b);  // the pool could not grow
 }
 
 // Keys order the entries as their distances and then by index, so the least
@@ -295,17 +302,51 @@ PaletteMatcher::List PaletteMatcher::BigList(int big) {
   return ListAt(s.big_list[big] - 1);
 }
 
+PaletteMatcher::List PaletteMatcher::MidList(int mid) {
+  State& s = m_state[0];
+  if (s.mid_list[mid] != 0) return ListAt(s.mid_list[mid] - 1);
+  List from = BigList(BigCellOfMid(mid));
+  if (!Reserve(static_cast<size_t>(from.count) + 1)) return from;
+  from = BigList(BigCellOfMid(mid));  // the pool may have moved
+  const int lo[3] = {(mid & 15) * 16, ((mid >> 4) & 15) * 16, ((mid >> 8) & 15) * 16};
+  uint8_t* out = m_pool.get() + m_pool_used;
+  const int count = FilterCandidates(s.rgb, from.entries, from.count, lo, 16, out + 1);
+  out[0] = static_cast<uint8_t>(count - 1);
+  s.mid_list[mid] = static_cast<uint32_t>(m_pool_used + 1);
+  m_pool_used += static_cast<size_t>(count) + 1;
+  return ListAt(s.mid_list[mid] - 1);
+}
+
+// A short list of a bigger cell fits the word of every small cell in it as it
+// is (a list may hold more than the candidates, never fewer): the span^3
+// small cells of the aligned cube around `small` that are still unknown take
+// it at once, which spares each a search and a filter.
+uint64_t PaletteMatcher::ShareList(int small, int span, List list) {
+  const uint64_t word = FewWord(list.entries, list.count);
+  const int mask = 31 & ~(span - 1);
+  const int r0 = small & mask, g0 = (small >> 5) & mask, b0 = (small >> 10) & mask;
+  for (int b = b0; b < b0 + span; ++b)
+    for (int g = g0; g < g0 + span; ++g)
+      for (int r = r0; r < r0 + span; ++r) {
+        uint64_t& cell = m_cell[r | g << 5 | b << 10];
+        if (cell == 0) cell = word;
+      }
+  return word;
+}
+
 // Settles a small cell; 0 when the pool cannot grow (the cell stays unknown).
 uint64_t PaletteMatcher::BuildCell(int small) {
-  List from = BigList(BigCellOf(small));
+  const List big = BigList(BigCellOf(small));
+  if (big.count <= 4) return ShareList(small, 4, big);
+  List from = MidList(MidCellOf(small));
+  if (from.count <= 4) return ShareList(small, 2, from);
   if (!Reserve(static_cast<size_t>(from.count) + 1)) return 0;
-  from = BigList(BigCellOf(small));  // the pool may have moved
+  from = MidList(MidCellOf(small));  // the pool may have moved
   const int lo[3] = {(small & 31) * 8, ((small >> 5) & 31) * 8, ((small >> 10) & 31) * 8};
   uint8_t* out = m_pool.get() + m_pool_used;
   const int count = FilterCandidates(m_state[0].rgb, from.entries, from.count, lo, 8, out + 1);
   if (count <= 4) {  // kept in the cell's word; the pool space is not taken
-    m_cell[small] = kFew | FewCandidate(out[1], 0) | FewCandidate(out[std::min(count, 2)], 1) |
-                    FewCandidate(out[std::min(count, 3)], 2) | FewCandidate(out[count], 3);
+    m_cell[small] = FewWord(out + 1, count);
   } else {
     out[0] = static_cast<uint8_t>(count - 1);
     m_cell[small] = kMany | m_pool_used;

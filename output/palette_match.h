@@ -97,8 +97,12 @@ class PaletteMatcher {
   static constexpr int kLinearShift = 5;  // sizeof(Linear) == 1 << kLinearShift
   static constexpr uint64_t kOffsetMask = uint64_t{0xFF} << kLinearShift;
   static_assert(sizeof(Linear) == 1 << kLinearShift);
-  static uint64_t FewCandidate(int index, int lane) {
-    return static_cast<uint64_t>(index) << (kLinearShift + 16 * lane);
+  // The word of a cell whose list (1 to 4 entries) is `list`.
+  static uint64_t FewWord(const uint8_t* list, int count) {
+    uint64_t word = kFew;
+    for (int lane = 0; lane < 4; ++lane)
+      word |= static_cast<uint64_t>(list[std::min(lane, count - 1)]) << (kLinearShift + 16 * lane);
+    return word;
   }
   const Linear& Candidate(uint64_t cell, int lane) const {
     return *reinterpret_cast<const Linear*>(reinterpret_cast<const char*>(m_linear.get()) +
@@ -119,6 +123,8 @@ class PaletteMatcher {
   List ListAt(uint32_t offset) const;
   List HugeList(int huge);
   List BigList(int big);
+  List MidList(int mid);
+  uint64_t ShareList(int small, int span, List list);
   uint64_t BuildCell(int small);
   bool Reserve(size_t bytes);
 
