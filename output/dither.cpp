@@ -8,8 +8,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
-#include <utility>
 
 #include "output/pixel_rows.h"
 
@@ -18,15 +16,15 @@ namespace {
 
 inline int Clamp255(int v) { return v < 1 ? 0 : v > 254 ? 255 : v; }
 
-// The colour dither, in the other direction from the description of it:
-// rather than each pixel pushing 7/16, 3/16, 5/16 and 1/16 of its error
-// (each rounded down) to its right and to the row after, each pixel pulls
-// the three shares of the row before, which leaves integer sums unchanged.
-// The row before's errors are kept with a zero pixel at each end, whose
-// shares are zero, so only column 0 (which never receives the 3/16 share)
-// is a special case. Bounds: every error is a clamped value minus a palette
-// value, so |error| <= 255, and a pixel's value (source byte plus three
-// shares) stays within -145..399: int16 holds both.
+// The colour dither gives what pushing 7/16, 3/16, 5/16 and 1/16 of each
+// pixel's error (each rounded down) to its right and to the row after would
+// give, but only the 7/16 share is pushed (the carry); each pixel pulls the
+// other three shares from the row before's errors, which leaves the integer
+// sums unchanged. The row before's errors are kept with a zero pixel at each
+// end, whose shares are zero, so only column 0 (which never receives the
+// 3/16 share) is a special case. Bounds: every error is a clamped value minus
+// a palette value, so |error| <= 255, and a pixel's value (source byte plus
+// three shares) stays within -144..396: int16 holds both.
 
 // in[x] = source[x] + shares pulled from the errors `e` of the row before,
 // for a whole row before it is diffused. No pointer overlaps another, which

@@ -76,7 +76,7 @@ class PaletteMatcher {
   // distances do and then, for a tie, by index, so the least key is the entry
   // NearestColour picks, and the compiler can pick it with conditional moves
   // rather than unpredictable branches. The value fits 21 bits with its sign.
-  struct alignas(32) Linear {
+  struct Linear {
     int64_t level;  // (3r² + 4g² + 2b²) << 32 | entry
     int64_t red_step, green_step, blue_step;  // 6r, 8g, 4b, << 32
     int64_t Key(int r, int g, int b) const { return level - red_step * r - green_step * g - blue_step * b; }
