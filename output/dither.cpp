@@ -1,45 +1,119 @@
-// Error-diffusion remaps. Colour output (4 and 8 bits) keeps three int16
-// values per pixel (one per channel) for the rows being diffused and the row
-// after them; black-and-white output dithers a gray copy of the frame in
-// place. Both give the result of visiting the stored rows in order, bottom
-// line first, each pixel left to right.
+// Error-diffusion remaps. Colour output (4 and 8 bits) keeps each row's
+// errors, three int16 per pixel (one per channel), and lets the row after it
+// take its shares from them; black-and-white output dithers a gray copy of
+// the frame in place. Both give the result of visiting the stored rows in
+// order, bottom line first, each pixel left to right, and pushing each share
+// to its neighbour as soon as the pixel is chosen.
 #include "output/remap.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
-#include <utility>
 
 #include "output/pixel_rows.h"
-
-// The per-pixel step of the colour dither must be inlined into the loop that
-// runs two rows side by side, or the two chains cannot overlap.
-#if defined(__GNUC__)
-#define TESS_ALWAYS_INLINE __attribute__((always_inline))
-#else
-#define TESS_ALWAYS_INLINE
-#endif
 
 namespace tess {
 namespace {
 
 inline int Clamp255(int v) { return v < 1 ? 0 : v > 254 ? 255 : v; }
 
-// Adds one diffused share to an int16 value. Bound: every error is a clamped
-// value minus a palette value, so |error| <= 255; a stored value is a source
-// byte plus 3/16, 5/16 and 1/16 of three errors from the row before, each
-// share rounded down, so it stays within -145..399, and with the 7/16 share
-// from the left (added in int) within -257..510: far inside int16.
-inline void AddShare(int16_t& value, int share) { value = static_cast<int16_t>(value + share); }
+// The colour dither gives what pushing 7/16, 3/16, 5/16 and 1/16 of each
+// pixel's error (each rounded down) to its right and to the row after would
+// give, but only the 7/16 share is pushed (the carry); each pixel pulls the
+// other three shares from the row before's errors, which leaves the integer
+// sums unchanged. The row before's errors are kept with a zero pixel at each
+// end, whose shares are zero, so only column 0 (which never receives the
+// 3/16 share) is a special case. Bounds: every error is a clamped value minus
+// a palette value, so |error| <= 255, and a pixel's value (source byte plus
+// three shares) stays within -144..396: int16 holds both.
 
-// Adds a row of bytes to a row of int16 values. They never overlap; saying so
-// (__restrict, which every compiler we build with knows) and working in
-// fixed blocks of 16 lets the compiler vectorise the loop.
-void AddBytes(int16_t* __restrict values, const uint8_t* __restrict bytes, size_t n) {
-  size_t i = 0;
+// in[x] = source[x] + shares pulled from the errors `e` of the row before,
+// for a whole row before it is diffused. No pointer overlaps another, which
+// lets the compiler vectorise the loop; the fixed blocks of 16 let it do so
+// at the cost model of -O2.
+void PullRow(const uint8_t* __restrict source, const int16_t* __restrict e, int16_t* __restrict in, int width) {
+  auto pulled = [&](int i) {
+    return static_cast<int16_t>(source[i] + (e[i - 3] >> 4) + ((5 * e[i]) >> 4) + ((3 * e[i + 3]) >> 4));
+  };
+  const int n = 3 * width;
+  int i = 3;
   for (; i + 16 <= n; i += 16)
-    for (size_t k = 0; k < 16; ++k) AddShare(values[i + k], bytes[i + k]);
-  for (; i < n; ++i) AddShare(values[i], bytes[i]);
+    for (int k = 0; k < 16; ++k) in[i + k] = pulled(i + k);
+  for (; i < n; ++i) in[i] = pulled(i);
+  // Column 0 gets no 3/16 share, and the padding before it gives nothing.
+  for (int k = 0; k < 3; ++k) in[k] = static_cast<int16_t>(source[k] + ((5 * e[k]) >> 4));
+}
+
+// The same for one pixel x > 0 of a row that is diffused before the row
+// before is finished (DiffusePair).
+inline int Pulled(const uint8_t* source, const int16_t* e, int i) {
+  return source[i] + (e[i - 3] >> 4) + ((5 * e[i]) >> 4) + ((3 * e[i + 3]) >> 4);
+}
+
+// The carry of a row being diffused: 7/16 of the error of the pixel on the
+// left, held in registers, which keeps a store and a load off the chain from
+// one pixel to the next.
+struct Carry {
+  int blue = 0, green = 0, red = 0;
+};
+
+// Chooses the index of pixel x from its values (blue, green, red, as the
+// stored bytes) plus the carry, writes the index and the pixel's errors and
+// replaces the carry with this pixel's.
+template <class Pick>
+TESS_ALWAYS_INLINE inline void DiffusePixel(int x, int v0, int v1, int v2, Carry& carry, int16_t* e, uint8_t* indices,
+                                            Pick& pick) {
+  const int c0 = Clamp255(v0 + carry.blue), c1 = Clamp255(v1 + carry.green), c2 = Clamp255(v2 + carry.red);
+  const uint32_t entry = pick(c2, c1, c0);  // index | red << 8 | green << 16 | blue << 24
+  indices[x] = static_cast<uint8_t>(entry);
+  const int e0 = c0 - static_cast<int>(entry >> 24), e1 = c1 - static_cast<int>((entry >> 16) & 0xFF),
+            e2 = c2 - static_cast<int>((entry >> 8) & 0xFF);
+  e[3 * x] = static_cast<int16_t>(e0);
+  e[3 * x + 1] = static_cast<int16_t>(e1);
+  e[3 * x + 2] = static_cast<int16_t>(e2);
+  // Shifts of negative errors are arithmetic, so shares round down.
+  carry.blue = (e0 * 7) >> 4;
+  carry.green = (e1 * 7) >> 4;
+  carry.red = (e2 * 7) >> 4;
+}
+
+// A row whose values are all pulled (PullRow): left to right.
+template <class Pick>
+void DiffuseRow(const int16_t* in, int16_t* e, uint8_t* indices, int width, Pick& pick) {
+  Carry carry;
+  for (int x = 0; x < width; ++x) DiffusePixel(x, in[3 * x], in[3 * x + 1], in[3 * x + 2], carry, e, indices, pick);
+}
+
+// DiffusePair needs three columns.
+constexpr int kPairWidth = 3;
+
+// Error diffusion is a chain: each pixel waits for the carry of the pixel on
+// its left. To keep the processor busy, two rows are diffused side by side:
+// row a, whose values are pulled beforehand, and row b, the row after it, two
+// columns behind, pulling from a's errors as soon as they are made.
+template <class Pick>
+void DiffusePair(const int16_t* a_in, int16_t* a_e, uint8_t* a_indices, const uint8_t* b_source, int16_t* b_e,
+                 uint8_t* b_indices, int width, Pick& pick) {
+  Carry a, b;
+  auto pixel_a = [&](int x) TESS_ALWAYS_INLINE {
+    DiffusePixel(x, a_in[3 * x], a_in[3 * x + 1], a_in[3 * x + 2], a, a_e, a_indices, pick);
+  };
+  auto pixel_b = [&](int x) TESS_ALWAYS_INLINE {
+    const int i = 3 * x;
+    DiffusePixel(x, Pulled(b_source, a_e, i), Pulled(b_source, a_e, i + 1), Pulled(b_source, a_e, i + 2), b, b_e,
+                 b_indices, pick);
+  };
+  pixel_a(0);
+  pixel_a(1);
+  pixel_a(2);
+  // Column 0 gets no 3/16 share, and the padding before it gives nothing.
+  DiffusePixel(0, b_source[0] + ((5 * a_e[0]) >> 4), b_source[1] + ((5 * a_e[1]) >> 4),
+               b_source[2] + ((5 * a_e[2]) >> 4), b, b_e, b_indices, pick);
+  for (int x = 3; x < width; ++x) {
+    pixel_a(x);
+    pixel_b(x - 2);
+  }
+  pixel_b(width - 2);
+  pixel_b(width - 1);  // pulls from a's padding past the end
 }
 
 // Adds to a gray value and holds it to 0..255.
@@ -64,94 +138,54 @@ ImageBlock Remapper::Dither(const ImageBlock& source) {
   return m_options.fast_remap ? DitherColour<true>(source) : DitherColour<false>(source);
 }
 
-// Error diffusion is a chain: each pixel waits for the share of the pixel on
-// its left. To keep the processor busy, two stored rows are diffused side by
-// side, the second two columns behind the first. By the time the second row
-// reaches a column, the first row has made every contribution to it (from
-// the columns left of, at and right of it), and the shares are plain integer
-// additions, so the order in which they arrive cannot change any value: the
-// result is that of one row after the other.
 template <bool kFastRemap>
 ImageBlock Remapper::DitherColour(const ImageBlock& source) {
   const int width = source.width(), height = source.height();
   const size_t row_values = 3 * static_cast<size_t>(width);
   ImageBlock out = ImageCreate(width, height, m_rgb, m_bits);
-  Buffer<int16_t> errors = AllocBuffer<int16_t>(3 * row_values);
+  // Two rows of errors with a zero pixel at each end, and one of values.
+  Buffer<int16_t> rows = AllocBuffer<int16_t>(3 * row_values + 12);
   Buffer<uint8_t> indices = AllocBuffer<uint8_t>(2 * static_cast<size_t>(width));
   Buffer<uint8_t> scratch = AllocBuffer<uint8_t>(row_values);
-  if (!out || !errors || !indices || !scratch) return {};
+  if (!out || !rows || !indices || !scratch) return {};
 
-  // Chooses the index of pixel x of a row whose error values (blue, green,
-  // red, as the stored bytes) are `current`, and spreads its error over the
-  // row after it (`next`, null for the last row) and, through `carry`, over
-  // pixel x + 1: the share to the right is held in registers, which keeps a
-  // store and a load off the chain from one pixel to the next.
-  auto diffuse = [&](int x, const int16_t* current, int16_t* next, uint8_t* row_indices,
-                     int (&carry)[3]) TESS_ALWAYS_INLINE {
-    const int16_t* e = current + 3 * x;
-    const int c0 = Clamp255(e[0] + carry[0]), c1 = Clamp255(e[1] + carry[1]), c2 = Clamp255(e[2] + carry[2]);
-    uint32_t entry;  // index | red << 8 | green << 16 | blue << 24
+  // The chosen entry with its colour: index | red << 8 | green << 16 | blue << 24.
+  auto pick = [this](int r, int g, int b) TESS_ALWAYS_INLINE -> uint32_t {
     if constexpr (kFastRemap) {
-      const int index = m_matcher.Fast(c2, c1, c0);
+      const int index = m_matcher.Fast(r, g, b);
       const uint8_t* p = m_rgb + 3 * index;
-      entry = static_cast<uint32_t>(index) | static_cast<uint32_t>(p[0]) << 8 | static_cast<uint32_t>(p[1]) << 16 |
-              static_cast<uint32_t>(p[2]) << 24;
+      return static_cast<uint32_t>(index) | static_cast<uint32_t>(p[0]) << 8 | static_cast<uint32_t>(p[1]) << 16 |
+             static_cast<uint32_t>(p[2]) << 24;
     } else {
-      entry = m_matcher.NearestEntryUnmemoised(c2, c1, c0);
+      return m_matcher.NearestEntryUnmemoised(r, g, b);
     }
-    row_indices[x] = static_cast<uint8_t>(entry);
-    const int e0 = c0 - static_cast<int>(entry >> 24), e1 = c1 - static_cast<int>((entry >> 16) & 0xFF),
-              e2 = c2 - static_cast<int>((entry >> 8) & 0xFF);
-    // Shifts of negative errors are arithmetic, so shares round down.
-    carry[0] = (e0 * 7) >> 4;
-    carry[1] = (e1 * 7) >> 4;
-    carry[2] = (e2 * 7) >> 4;
-    if (!next) return;
-    int16_t* n = next + 3 * x;
-    if (x - 1 > 0) {  // column 0 never gets this share
-      AddShare(n[-3], (e0 * 3) >> 4);
-      AddShare(n[-2], (e1 * 3) >> 4);
-      AddShare(n[-1], (e2 * 3) >> 4);
-    }
-    if (x + 1 < width) {
-      AddShare(n[3], e0 >> 4);
-      AddShare(n[4], e1 >> 4);
-      AddShare(n[5], e2 >> 4);
-    }
-    AddShare(n[0], (e0 * 5) >> 4);
-    AddShare(n[1], (e1 * 5) >> 4);
-    AddShare(n[2], (e2 * 5) >> 4);
   };
-  auto add_source = [&](int stored, int16_t* row) {
-    AddBytes(row, BgrRow(source, height - 1 - stored, scratch.get()), row_values);
-  };
+  auto source_row = [&](int stored) { return BgrRow(source, height - 1 - stored, scratch.get()); };
 
-  // Error rows of stored rows s, s + 1 and s + 2; all zero at the start.
-  int16_t* first = errors.get();
-  int16_t* second = first + row_values;
-  int16_t* third = second + row_values;
+  // Errors of the row before the pair (all zero before the first row; the
+  // second row of a pair overwrites them once the first row has pulled its
+  // values) and of the pair's first row.
+  int16_t* before = rows.get() + 3;
+  int16_t* first = before + row_values + 6;
+  int16_t* in = first + row_values + 3;
   uint8_t* first_indices = indices.get();
   uint8_t* second_indices = first_indices + width;
   for (int stored = 0; stored < height; stored += 2) {
-    add_source(stored, first);
-    int first_carry[3] = {0, 0, 0}, second_carry[3] = {0, 0, 0};
+    PullRow(source_row(stored), before, in, width);
     if (stored + 1 == height) {  // a last row on its own
-      for (int x = 0; x < width; ++x) diffuse(x, first, nullptr, first_indices, first_carry);
+      DiffuseRow(in, first, first_indices, width, pick);
       PackIndexRow(out, height - 1 - stored, first_indices);
       break;
     }
-    add_source(stored + 1, second);
-    int16_t* after_second = stored + 2 < height ? third : nullptr;
-    for (int k = 0; k < width + 2; ++k) {
-      if (k < width) diffuse(k, first, second, first_indices, first_carry);
-      if (k >= 2) diffuse(k - 2, second, after_second, second_indices, second_carry);
+    if (width >= kPairWidth) {
+      DiffusePair(in, first, first_indices, source_row(stored + 1), before, second_indices, width, pick);
+    } else {
+      DiffuseRow(in, first, first_indices, width, pick);
+      PullRow(source_row(stored + 1), first, in, width);
+      DiffuseRow(in, before, second_indices, width, pick);
     }
     PackIndexRow(out, height - 1 - stored, first_indices);
     PackIndexRow(out, height - 2 - stored, second_indices);
-    // Row s + 2 starts with what row s + 1 passed on; the others are reused.
-    std::memset(first, 0, row_values * sizeof(int16_t));
-    std::memset(second, 0, row_values * sizeof(int16_t));
-    std::swap(first, third);
   }
   return out;
 }

@@ -9,13 +9,14 @@
 //    tied; candidates keep palette order, so the strict-less scan still
 //    returns the lowest index among the nearest. An exact match has distance
 //    0, the least possible, so the same scan also returns the first exact
-//    match. Cells come in three sizes, each list built on first use from the
+//    match. Cells come in four sizes, each list built on first use from the
 //    list of the cell around it: 64-value cubes from the whole palette,
-//    32-value cubes from those, and 8-value cubes (the cells of the lookup
-//    grid) from those. Anything nearest within a cell is nearest within the
-//    cell around it, so nothing is lost, and each list costs a pass over a
-//    short one. Most small cells have at most three candidates, kept in the
-//    cell's own word.
+//    32-value cubes from those, 16-value cubes from those and 8-value cubes
+//    (the cells of the lookup grid) from those. Anything nearest within a
+//    cell is nearest within the cell around it, so nothing is lost, and each
+//    list costs a pass over a short one; a list of four or fewer serves all
+//    the small cells inside as it is. Most small cells have at most four
+//    candidates, kept in the cell's own word.
 //  - Nearest answers that the cell's word cannot give (longer lists, and the
 //    whole-palette scans the first memoised searches make before any cell is
 //    built) are memoised per 24-bit colour: NearestColour is a pure function
@@ -37,6 +38,7 @@ constexpr int kMemoBits = 12;
 constexpr int kMemoSlots = 1 << kMemoBits;
 constexpr int kHugeCells = 64;               // 4 per axis, 64 values wide
 constexpr int kBigCells = 512;               // 8 per axis, 32 values wide
+constexpr int kMidCells = 4096;              // 16 per axis, 16 values wide
 constexpr int kSmallCells = kLookupEntries;  // 32 per axis, 8 values wide
 constexpr size_t kPoolStart = 16 * 1024;     // grows by doubling
 // Memoised searches scan the whole palette until this many have been made,
@@ -57,12 +59,11 @@ constexpr uint32_t Hash(uint32_t colour, int bits) { return (colour * 0x9E3779B1
 constexpr int BigCellOf(int small) {
   return ((small >> 2) & 7) | (((small >> 7) & 7) << 3) | (((small >> 12) & 7) << 6);
 }
-constexpr int HugeCellOf(int big) { return ((big >> 1) & 3) | (((big >> 4) & 3) << 2) | (((big >> 7) & 3) << 4); }
-
-constexpr uint32_t PackEntry(int index, int r, int g, int b) {
-  return static_cast<uint32_t>(index) | static_cast<uint32_t>(r) << 8 | static_cast<uint32_t>(g) << 16 |
-         static_cast<uint32_t>(b) << 24;
+constexpr int MidCellOf(int small) {
+  return ((small >> 1) & 15) | (((small >> 6) & 15) << 4) | (((small >> 11) & 15) << 8);
 }
+constexpr int BigCellOfMid(int mid) { return ((mid >> 1) & 7) | (((mid >> 5) & 7) << 3) | (((mid >> 9) & 7) << 6); }
+constexpr int HugeCellOf(int big) { return ((big >> 1) & 3) | (((big >> 4) & 3) << 2) | (((big >> 7) & 3) << 4); }
 
 inline int Weighted(int dr, int dg, int db) { return 3 * dr * dr + 4 * dg * dg + 2 * db * db; }
 
@@ -72,15 +73,21 @@ inline int Weighted(int dr, int dg, int db) { return 3 * dr * dr + 4 * dg * dg +
 // in x (the squares cancel), so its largest value over the cube is at the
 // corner each axis's sign picks; entries for which it is negative are beaten
 // by `ref` everywhere and can never be the answer. Returns the count.
+//
+// No branch depends on the colours: the reference is the least distance
+// keyed with its place in the list (distances to the doubled centre are at
+// most 9 * 510^2, which times 256 plus the place still fits an int), so the
+// least names the first of the nearest, and the list is compacted by count.
 int FilterCandidates(const uint8_t* rgb, const uint8_t* from, int n, const int lo[3], int size, uint8_t* out) {
   const int twice_centre[3] = {2 * lo[0] + size - 1, 2 * lo[1] + size - 1, 2 * lo[2] + size - 1};
-  int ref = from[0], ref_distance = INT_MAX;
+  int least = INT_MAX;
   for (int k = 0; k < n; ++k) {
     const uint8_t* p = rgb + 3 * from[k];
-    int d = Weighted(twice_centre[0] - 2 * p[0], twice_centre[1] - 2 * p[1], twice_centre[2] - 2 * p[2]);
-    if (d < ref_distance) ref_distance = d, ref = from[k];
+    const int d = Weighted(twice_centre[0] - 2 * p[0], twice_centre[1] - 2 * p[1], twice_centre[2] - 2 * p[2]);
+    least = std::min(least, d * 256 + k);
   }
-  const int qr = rgb[3 * ref], qg = rgb[3 * ref + 1], qb = rgb[3 * ref + 2];
+  const uint8_t* q = rgb + 3 * from[least & 0xFF];
+  const int qr = q[0], qg = q[1], qb = q[2];
   const int low[3] = {2 * lo[0], 2 * lo[1], 2 * lo[2]};
   const int high[3] = {2 * (lo[0] + size - 1), 2 * (lo[1] + size - 1), 2 * (lo[2] + size - 1)};
   // One axis's share of the largest d(x, ref) - d(x, entry): the weight times
@@ -147,15 +154,16 @@ struct PaletteMatcher::State {
   uint8_t exact_index[kExactSlots];
   uint32_t memo_key[kMemoSlots];
   uint8_t memo_index[kMemoSlots];
-  // Pool offsets of the huge and big cells' lists, + 1; 0 until built.
+  // Pool offsets of the huge, big and mid cells' lists, + 1; 0 until built.
   uint32_t huge_list[kHugeCells];
   uint32_t big_list[kBigCells];
+  uint32_t mid_list[kMidCells];
 };
 
 bool PaletteMatcher::Init(const uint8_t* rgb, int count, bool with_lookup) {
   m_state = AllocBuffer<State>(1);
   m_linear = AllocBuffer<Linear>(256);
-  m_cell = AllocBuffer<uint32_t>(kSmallCells);
+  m_cell = AllocBuffer<uint64_t>(kSmallCells);
   m_pool = AllocBuffer<uint8_t>(kPoolStart);
   if (with_lookup) m_lookup = AllocBuffer<uint16_t>(kLookupEntries);
   if (!m_state || !m_linear || !m_cell || !m_pool || (with_lookup && !m_lookup)) return false;
@@ -173,9 +181,11 @@ bool PaletteMatcher::Init(const uint8_t* rgb, int count, bool with_lookup) {
     s.all.red[i] = static_cast<int16_t>(r);
     s.all.green[i] = static_cast<int16_t>(g);
     s.all.blue[i] = static_cast<int16_t>(b);
-    m_linear[i] = {3 * r * r + 4 * g * g + 2 * b * b, static_cast<int16_t>(6 * r), static_cast<int16_t>(8 * g),
-                   static_cast<int16_t>(4 * b), PackEntry(i, r, g, b)};
-    s.level[i] = m_linear[i].level, s.red_step[i] = 6 * r, s.green_step[i] = 8 * g, s.blue_step[i] = 4 * b;
+    const int level = 3 * r * r + 4 * g * g + 2 * b * b;
+    const uint32_t entry = static_cast<uint32_t>(i) << 24 | Pack(r, g, b);
+    m_linear[i] = {static_cast<int64_t>(level) * (int64_t{1} << 32) + entry, int64_t{6 * r} << 32, int64_t{8 * g} << 32,
+                   int64_t{4 * b} << 32};
+    s.level[i] = level, s.red_step[i] = 6 * r, s.green_step[i] = 8 * g, s.blue_step[i] = 4 * b;
     uint32_t key = Pack(r, g, b) + 1;
     uint32_t slot = Hash(key - 1, 10);
     while (s.exact_key[slot] != 0 && s.exact_key[slot] != key) slot = (slot + 1) % kExactSlots;
@@ -218,23 +228,19 @@ int PaletteMatcher::Lookup(int key) {
 
 int PaletteMatcher::Search(int r, int g, int b) {
   const int small = LookupKey(r, g, b);
-  uint32_t cell = m_cell[small];
+  uint64_t cell = m_cell[small];
   if (cell == 0) cell = BuildCell(small);
   if (cell & kFew) return Nearer(cell, r, g, b);
-  if (cell & kMany) return Scan(ListAt(cell & ~kMany), r, g, b);
-  return Scan(BigList(BigCellOf(small)), r, g, b);  // the pool could not grow
+  if (cell & kMany) return Scan(ListAt(static_cast<uint32_t>(cell)), r, g, b);
+  return Scan(MidList(MidCellOf(small)), r, g, b);  // the pool could not grow
 }
 
-// Linear::At orders the entries exactly as their distances, ties included,
-// so the strict-less scan keeps the first of the nearest.
+// Keys order the entries as their distances and then by index, so the least
+// is the first of the nearest; no branch on the comparisons.
 int PaletteMatcher::Scan(List list, int r, int g, int b) const {
-  int best = INT_MAX;
-  int best_index = 0;
-  for (int k = 0; k < list.count; ++k) {
-    const int d = m_linear[list.entries[k]].At(r, g, b);
-    if (d < best) best = d, best_index = list.entries[k];
-  }
-  return best_index;
+  int64_t least = INT64_MAX;
+  for (int k = 0; k < list.count; ++k) least = std::min(least, m_linear[list.entries[k]].Key(r, g, b));
+  return static_cast<int>(EntryOf(least) & 0xFF);
 }
 
 // The whole palette in a fixed-length loop the compiler can vectorise. Each
@@ -296,20 +302,54 @@ PaletteMatcher::List PaletteMatcher::BigList(int big) {
   return ListAt(s.big_list[big] - 1);
 }
 
+PaletteMatcher::List PaletteMatcher::MidList(int mid) {
+  State& s = m_state[0];
+  if (s.mid_list[mid] != 0) return ListAt(s.mid_list[mid] - 1);
+  List from = BigList(BigCellOfMid(mid));
+  if (!Reserve(static_cast<size_t>(from.count) + 1)) return from;
+  from = BigList(BigCellOfMid(mid));  // the pool may have moved
+  const int lo[3] = {(mid & 15) * 16, ((mid >> 4) & 15) * 16, ((mid >> 8) & 15) * 16};
+  uint8_t* out = m_pool.get() + m_pool_used;
+  const int count = FilterCandidates(s.rgb, from.entries, from.count, lo, 16, out + 1);
+  out[0] = static_cast<uint8_t>(count - 1);
+  s.mid_list[mid] = static_cast<uint32_t>(m_pool_used + 1);
+  m_pool_used += static_cast<size_t>(count) + 1;
+  return ListAt(s.mid_list[mid] - 1);
+}
+
+// A short list of a bigger cell fits the word of every small cell in it as it
+// is (a list may hold more than the candidates, never fewer): the span^3
+// small cells of the aligned cube around `small` that are still unknown take
+// it at once, which spares each a search and a filter.
+uint64_t PaletteMatcher::ShareList(int small, int span, List list) {
+  const uint64_t word = FewWord(list.entries, list.count);
+  const int mask = 31 & ~(span - 1);
+  const int r0 = small & mask, g0 = (small >> 5) & mask, b0 = (small >> 10) & mask;
+  for (int b = b0; b < b0 + span; ++b)
+    for (int g = g0; g < g0 + span; ++g)
+      for (int r = r0; r < r0 + span; ++r) {
+        uint64_t& cell = m_cell[r | g << 5 | b << 10];
+        if (cell == 0) cell = word;
+      }
+  return word;
+}
+
 // Settles a small cell; 0 when the pool cannot grow (the cell stays unknown).
-uint32_t PaletteMatcher::BuildCell(int small) {
-  List from = BigList(BigCellOf(small));
+uint64_t PaletteMatcher::BuildCell(int small) {
+  const List big = BigList(BigCellOf(small));
+  if (big.count <= 4) return ShareList(small, 4, big);
+  List from = MidList(MidCellOf(small));
+  if (from.count <= 4) return ShareList(small, 2, from);
   if (!Reserve(static_cast<size_t>(from.count) + 1)) return 0;
-  from = BigList(BigCellOf(small));  // the pool may have moved
+  from = MidList(MidCellOf(small));  // the pool may have moved
   const int lo[3] = {(small & 31) * 8, ((small >> 5) & 31) * 8, ((small >> 10) & 31) * 8};
   uint8_t* out = m_pool.get() + m_pool_used;
   const int count = FilterCandidates(m_state[0].rgb, from.entries, from.count, lo, 8, out + 1);
-  if (count <= 3) {  // kept in the cell's word; the pool space is not taken
-    const uint32_t second = out[std::min(count, 2)], third = out[count];
-    m_cell[small] = kFew | out[1] | (second << 8) | (third << 16);
+  if (count <= 4) {  // kept in the cell's word; the pool space is not taken
+    m_cell[small] = FewWord(out + 1, count);
   } else {
     out[0] = static_cast<uint8_t>(count - 1);
-    m_cell[small] = kMany | static_cast<uint32_t>(m_pool_used);
+    m_cell[small] = kMany | m_pool_used;
     m_pool_used += static_cast<size_t>(count) + 1;
   }
   return m_cell[small];

@@ -237,6 +237,10 @@ TEST(PaletteMatcher, AgreesWithThePlainSearchesOnEveryPalette) {
       ASSERT_EQ(matcher.Nearest(r, g, b), want) << p << " " << r << "," << g << "," << b;
       ASSERT_EQ(matcher.Nearest(r, g, b), want);  // memoised
       ASSERT_EQ(matcher.NearestUnmemoised(r, g, b), want);
+      // The dither takes the entry's colour from the same comparison.
+      const uint32_t entry = static_cast<uint32_t>(want) | pal[3 * want] << 8 | pal[3 * want + 1] << 16 |
+                             static_cast<uint32_t>(pal[3 * want + 2]) << 24;
+      ASSERT_EQ(matcher.NearestEntryUnmemoised(r, g, b), entry) << p << " " << r << "," << g << "," << b;
       ASSERT_EQ(matcher.Exact(r, g, b), ExactColour(r, g, b, pal, count));
     }
   }

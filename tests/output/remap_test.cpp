@@ -129,12 +129,15 @@ TEST(Remap, RefusesTrueColourTargetsNullSourcesAndShortMemory) {
 }
 
 TEST(Dither, MatchesTheReferenceForEveryDepthAndMode) {
-  // Rows are diffused two at a time: odd and even heights, one and two columns.
+  // Rows are diffused two at a time, the second pulling its values from the
+  // first's errors as they are made once the row has three columns: odd and
+  // even heights, and widths on both sides of three.
   std::vector<ImageBlock> sources = OddSources();
   sources.push_back(NaturalImage(1, 9, 2));
   sources.push_back(NaturalImage(9, 1, 2));
   sources.push_back(NaturalImage(2, 2, 3));
   sources.push_back(NaturalImage(47, 34, 5));
+  for (int w = 2; w <= 5; ++w) sources.push_back(NoiseImage(w, 7, 11 + static_cast<uint32_t>(w)));
   for (const Target& t : kTargets) {
     uint8_t pal[kPaletteBytes];
     int count = BuildFixedPalette(pal, nullptr, t.choice);
