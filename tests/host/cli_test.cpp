@@ -21,7 +21,7 @@
 #include "styles/settings_document.h"
 #include "styles/style_table.h"
 #include "tests/host/cli_test_styles.h"
-#include "tests/host/temp_folder.h"
+#include "tests/support/temp_folder.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/gif_decoder.h"
 

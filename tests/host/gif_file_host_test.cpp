@@ -10,7 +10,7 @@
 #include <cstring>
 #include <sstream>
 
-#include "tests/host/temp_folder.h"
+#include "tests/support/temp_folder.h"
 #include "tests/support/gif_decoder.h"
 #include "tests/support/test_support.h"
 

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "tests/support/temp_folder.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -19,14 +21,6 @@ namespace fs = std::filesystem;
 // Each test gets its own empty folder under the system's temporary folder.
 class ConfigFile : public ::testing::Test {
  protected:
-  void SetUp() override {
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    m_folder = fs::temp_directory_path() /
-               ("tess-config-" + std::string(info->name()) + "-" + std::to_string(std::random_device{}()));
-    fs::create_directories(m_folder);
-    m_path = (m_folder / "zephyra1.ini").string();
-  }
-  void TearDown() override { fs::remove_all(m_folder); }
 
   void WriteFile(const std::string& text) {
     std::ofstream out(m_path, std::ios::binary);
@@ -51,8 +45,9 @@ class ConfigFile : public ::testing::Test {
     return names;
   }
 
-  fs::path m_folder;
-  std::string m_path;
+  testing::TempFolder m_temp;
+  fs::path m_folder = m_temp.path();
+  std::string m_path = m_temp / "zephyra1.ini";
   testing::FakePlatform m_platform;
 };
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/temp_folder.h"
+
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -296,14 +298,6 @@ TEST(DocumentRead, OverlongLineIsCutAndItsRestNeverPosesAsALine) {
 
 class DocumentFile : public ::testing::Test {
  protected:
-  void SetUp() override {
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    m_folder = fs::temp_directory_path() /
-               ("tess-doc-" + std::string(info->name()) + "-" + std::to_string(std::random_device{}()));
-    fs::create_directories(m_folder);
-    m_path = (m_folder / "Sample.TS1").string();
-  }
-  void TearDown() override { fs::remove_all(m_folder); }
 
   void WriteFile(const std::string& text) {
     std::ofstream out(m_path, std::ios::binary);
@@ -321,8 +315,9 @@ class DocumentFile : public ::testing::Test {
     return names;
   }
 
-  fs::path m_folder;
-  std::string m_path;
+  testing::TempFolder m_temp;
+  fs::path m_folder = m_temp.path();
+  std::string m_path = m_temp / "Sample.TS1";
   RecordingReporter m_reporter;
 };
 
