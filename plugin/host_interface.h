@@ -166,13 +166,6 @@ static_assert(offsetof(ColourPickerRecord, colour) == 20 + kHandleGrowth);
 static_assert(offsetof(ColourPickerRecord, owner) == 24 + kHandleGrowth);
 static_assert(sizeof(ColourPickerRecord) == kColourPickerRecordSize32 + 2 * kHandleGrowth);
 
-static_assert(sizeof(void*) != 4 || sizeof(TaskRecord) == 1069);
-static_assert(sizeof(void*) != 4 || sizeof(ImageRecord) == 104);
-static_assert(sizeof(void*) != 4 || sizeof(ColourPickerRecord) == 28);
-static_assert(sizeof(void*) != 8 || sizeof(TaskRecord) == 1073);
-static_assert(sizeof(void*) != 8 || sizeof(ImageRecord) == 108);
-static_assert(sizeof(void*) != 8 || sizeof(ColourPickerRecord) == 36);
-
 // Records zero-filled, with their size and version set, as every sender
 // starts them.
 TaskRecord MakeTaskRecord();

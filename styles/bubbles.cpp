@@ -28,10 +28,8 @@ constexpr int kInverseControl = kFirstOwnControl;
 constexpr int kSmoothControl = kFirstOwnControl + 1;
 
 constexpr std::array kPage = Join(
+    TileRows(kNumber),
     std::array{
-        Spin(Id(kFramesControl), kLeft, 0, "Frames:", "Frames", "2,32760,64"),
-        Spin(Id(kWidthControl), kLeft, 1, "Width:", "Width", "16,1024,128"),
-        Spin(Id(kDepthControl), kLeft, 2, "Depth:", "Depth", "16,1024,128"),
         Spin(Id(kOpacityControl), kLeft, 3, "Opacity:", "FillOpacity", "1,255,255"),
         Spin(Id(kDriftControl), kLeft, 4, "Drift:", "Drift", "0,99,25"),
         Spin(Id(kSizeControl), kLeft, 5, "Size:", "Size", "10,64,18"),

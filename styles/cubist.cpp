@@ -12,10 +12,8 @@ constexpr int kNumber = 2;
 constexpr int Id(int n) { return PageControlId(kNumber, n); }
 
 constexpr std::array kPage = Join(
+    TileRows(kNumber),
     std::array{
-        Spin(Id(kFramesControl), kLeft, 0, "Frames:", "Frames", "2,32760,64"),
-        Spin(Id(kWidthControl), kLeft, 1, "Width:", "Width", "16,1024,128"),
-        Spin(Id(kDepthControl), kLeft, 2, "Depth:", "Depth", "16,1024,128"),
         Spin(Id(kSeedControl), kLeft, 3, "Seed:", "Seed", "100,32760,1002"),
         Spin(Id(kDensityControl), kLeft, 4, "Density:", "Density", "8,256,32"),
         Spin(Id(kOpacityControl), kLeft, 5, "Opacity:", "FillOpacity", "1,255,255"),
@@ -23,12 +21,12 @@ constexpr std::array kPage = Join(
         Spin(Id(kFirstOwnControl + 1), kLeft, 7, "Roundness:", "Roundness", "0,100,25"),
         Background(kNumber, kRight, 0),
     },
-    Join(ColourRows(kNumber, 1),
-         std::array{
-             Check(Id(kFirstOwnControl + 2), kRight, 6, "Solid", "Solid"),
-             Check(Id(kFirstOwnControl + 3), kRight, 7, "Vary opacity", "VariAlpha"),
-             Check(Id(kFirstOwnControl + 4), kRight, 8, "Vary thickness", "VariWidth"),
-         }));
+    ColourRows(kNumber, 1),
+    std::array{
+        Check(Id(kFirstOwnControl + 2), kRight, 6, "Solid", "Solid"),
+        Check(Id(kFirstOwnControl + 3), kRight, 7, "Vary opacity", "VariAlpha"),
+        Check(Id(kFirstOwnControl + 4), kRight, 8, "Vary thickness", "VariWidth"),
+    });
 
 }  // namespace
 

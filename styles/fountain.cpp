@@ -11,13 +11,12 @@ using namespace page;
 constexpr int kNumber = 4;
 constexpr int Id(int n) { return PageControlId(kNumber, n); }
 
-constexpr std::array kPage = {
-    Spin(Id(kFramesControl), kLeft, 0, "Frames:", "Frames", "2,32760,64"),
-    Spin(Id(kWidthControl), kLeft, 1, "Width:", "Width", "16,1024,128"),
-    Spin(Id(kDepthControl), kLeft, 2, "Depth:", "Depth", "16,1024,128"),
-    Picker(Id(kScrollControl), kLeft, 3, "Scroll", "0,3,1"),
-    Fountain(270, kRight, 0),
-};
+constexpr std::array kPage = Join(
+    TileRows(kNumber),
+    std::array{
+        Picker(Id(kScrollControl), kLeft, 3, "Scroll", "0,3,1"),
+        Fountain(270, kRight, 0),
+    });
 
 }  // namespace
 

@@ -12,10 +12,8 @@ constexpr int kNumber = 16;
 constexpr int Id(int n) { return PageControlId(kNumber, n); }
 
 constexpr std::array kPage = Join(
+    TileRows(kNumber, "48,1024,128"),
     std::array{
-        Spin(Id(kFramesControl), kLeft, 0, "Frames:", "Frames", "2,32760,64"),
-        Spin(Id(kWidthControl), kLeft, 1, "Width:", "Width", "48,1024,128"),
-        Spin(Id(kDepthControl), kLeft, 2, "Depth:", "Depth", "48,1024,128"),
         Spin(Id(kSeedControl), kLeft, 3, "Seed:", "Seed", "100,32760,1016"),
         Spin(Id(kSizeControl), kLeft, 4, "Size:", "Size", "10,36,18"),
         Spin(Id(kDensityControl), kLeft, 5, "Density:", "Density", "8,256,32"),
@@ -26,13 +24,13 @@ constexpr std::array kPage = Join(
              "1,255,255"),
         Background(kNumber, kRight, 0),
     },
-    Join(ColourRows(kNumber, 1),
-         std::array{
-             Check(Id(kFirstOwnControl + 4), kRight, 6, "Up", "DirUp"),
-             Check(Id(kFirstOwnControl + 5), kRight, 7, "Down", "DirDown"),
-             Check(Id(kFirstOwnControl + 6), kRight, 8, "Left", "DirLeft"),
-             Check(Id(kFirstOwnControl + 7), kRight, 9, "Right", "DirRight"),
-         }));
+    ColourRows(kNumber, 1),
+    std::array{
+        Check(Id(kFirstOwnControl + 4), kRight, 6, "Up", "DirUp"),
+        Check(Id(kFirstOwnControl + 5), kRight, 7, "Down", "DirDown"),
+        Check(Id(kFirstOwnControl + 6), kRight, 8, "Left", "DirLeft"),
+        Check(Id(kFirstOwnControl + 7), kRight, 9, "Right", "DirRight"),
+    });
 
 }  // namespace
 

@@ -15,10 +15,8 @@ constexpr int Id(int n) { return PageControlId(kNumber, n); }
 constexpr const char* kShapes = "Square;Round;Diamond;Heart;Star";
 
 constexpr std::array kPage = Join(
+    TileRows(kNumber),
     std::array{
-        Spin(Id(kFramesControl), kLeft, 0, "Frames:", "Frames", "2,32760,64"),
-        Spin(Id(kWidthControl), kLeft, 1, "Width:", "Width", "16,1024,128"),
-        Spin(Id(kDepthControl), kLeft, 2, "Depth:", "Depth", "16,1024,128"),
         Spin(Id(kSizeControl), kLeft, 3, "Size:", "Size", "10,64,18"),
         Spin(Id(kSeedControl), kLeft, 4, "Seed:", "Seed", "100,32760,12329"),
         DropDown(Id(kFirstOwnControl), kLeft, 5, "Shape 1:", "Style1", kShapes),
@@ -28,12 +26,12 @@ constexpr std::array kPage = Join(
         DropDown(Id(kFirstOwnControl + 4), kLeft, 9, "Shape 5:", "Style5", kShapes),
         Background(kNumber, kRight, 0),
     },
-    Join(ColourRows(kNumber, 1),
-         std::array{
-             Spin(Id(kDensityControl), kRight, 6, "Density:", "Density", "8,256,32"),
-             Spin(Id(kDriftControl), kRight, 7, "Drift:", "Drift", "0,99,25"),
-             Check(Id(kFirstOwnControl + 5), kRight, 8, "Bevel", "BevelEnable"),
-         }));
+    ColourRows(kNumber, 1),
+    std::array{
+        Spin(Id(kDensityControl), kRight, 6, "Density:", "Density", "8,256,32"),
+        Spin(Id(kDriftControl), kRight, 7, "Drift:", "Drift", "0,99,25"),
+        Check(Id(kFirstOwnControl + 5), kRight, 8, "Bevel", "BevelEnable"),
+    });
 
 }  // namespace
 

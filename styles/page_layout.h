@@ -171,13 +171,23 @@ constexpr std::array<PageControl, 9> ColourRows(int style, int first_row,
   return rows;
 }
 
-template <size_t A, size_t B>
-constexpr std::array<PageControl, A + B> Join(const std::array<PageControl, A>& a,
-                                              const std::array<PageControl, B>& b) {
-  std::array<PageControl, A + B> out{};
-  for (size_t i = 0; i < A; ++i) out[i] = a[i];
-  for (size_t i = 0; i < B; ++i) out[A + i] = b[i];
+template <size_t... N>
+constexpr std::array<PageControl, (N + ...)> Join(const std::array<PageControl, N>&... parts) {
+  std::array<PageControl, (N + ...)> out{};
+  size_t at = 0;
+  auto append = [&](const auto& part) {
+    for (const PageControl& c : part) out[at++] = c;
+  };
+  (append(parts), ...);
   return out;
+}
+
+// "Frames:", "Width:" and "Depth:" in the first three rows of the left
+// column, the way most pages open; `tile` is the width and depth spin text.
+constexpr std::array<PageControl, 3> TileRows(int style, const char* tile = "16,1024,128") {
+  return {Spin(PageControlId(style, kFramesControl), kLeft, 0, "Frames:", "Frames", "2,32760,64"),
+          Spin(PageControlId(style, kWidthControl), kLeft, 1, "Width:", "Width", tile),
+          Spin(PageControlId(style, kDepthControl), kLeft, 2, "Depth:", "Depth", tile)};
 }
 
 // ---------------------------------------------------------------- background queries

@@ -39,22 +39,20 @@ constexpr int kLineControls[4] = {kFirstOwnControl + 1, kFirstOwnControl + 2,
 constexpr ColourLabels kBeamLabels = {"Beam 1:", "Beam 2:", "Beam 3:", "Beam 4:", "Beam 5:"};
 
 constexpr std::array kPage = Join(
+    TileRows(kNumber),
     std::array{
-        Spin(Id(kFramesControl), kLeft, 0, "Frames:", "Frames", "2,32760,64"),
-        Spin(Id(kWidthControl), kLeft, 1, "Width:", "Width", "16,1024,128"),
-        Spin(Id(kDepthControl), kLeft, 2, "Depth:", "Depth", "16,1024,128"),
         Spin(Id(kPowerControl), kLeft, 3, "Power:", "Power", "1,8,3"),
         Spin(Id(kDensityControl), kLeft, 4, "Density:", "Density", "8,256,32"),
         Spin(Id(kSeedControl), kLeft, 5, "Seed:", "Seed", "100,32760,1010"),
         Background(kNumber, kRight, 0),
     },
-    Join(ColourRows(kNumber, 1, kBeamLabels),
-         std::array{
-             Check(Id(kLineControls[0]), kRight, 6, "East to south lines", "LineEast2South"),
-             Check(Id(kLineControls[1]), kRight, 7, "West to south lines", "LineWest2South"),
-             Check(Id(kLineControls[2]), kRight, 8, "Horizontal lines", "LineHorizontal"),
-             Check(Id(kLineControls[3]), kRight, 9, "Vertical lines", "LineVertical"),
-         }));
+    ColourRows(kNumber, 1, kBeamLabels),
+    std::array{
+        Check(Id(kLineControls[0]), kRight, 6, "East to south lines", "LineEast2South"),
+        Check(Id(kLineControls[1]), kRight, 7, "West to south lines", "LineWest2South"),
+        Check(Id(kLineControls[2]), kRight, 8, "Horizontal lines", "LineHorizontal"),
+        Check(Id(kLineControls[3]), kRight, 9, "Vertical lines", "LineVertical"),
+    });
 
 constexpr int kColourIds[5] = {Id(ColourControl(1)), Id(ColourControl(2)), Id(ColourControl(3)),
                                Id(ColourControl(4)), Id(ColourControl(5))};

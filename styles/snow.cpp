@@ -12,10 +12,8 @@ constexpr int kNumber = 15;
 constexpr int Id(int n) { return PageControlId(kNumber, n); }
 
 constexpr std::array kPage = Join(
+    TileRows(kNumber),
     std::array{
-        Spin(Id(kFramesControl), kLeft, 0, "Frames:", "Frames", "2,32760,64"),
-        Spin(Id(kWidthControl), kLeft, 1, "Width:", "Width", "16,1024,128"),
-        Spin(Id(kDepthControl), kLeft, 2, "Depth:", "Depth", "16,1024,128"),
         Spin(Id(kSeedControl), kLeft, 3, "Seed:", "Seed", "100,32760,1015"),
         Spin(Id(kSizeControl), kLeft, 4, "Size:", "Size", "10,64,18"),
         Spin(Id(kDensityControl), kLeft, 5, "Density:", "Density", "8,256,32"),

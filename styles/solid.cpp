@@ -11,12 +11,11 @@ using namespace page;
 constexpr int kNumber = 5;
 constexpr int Id(int n) { return PageControlId(kNumber, n); }
 
-constexpr std::array kPage = {
-    Spin(Id(kFramesControl), kLeft, 0, "Frames:", "Frames", "2,32760,64"),
-    Spin(Id(kWidthControl), kLeft, 1, "Width:", "Width", "16,1024,128"),
-    Spin(Id(kDepthControl), kLeft, 2, "Depth:", "Depth", "16,1024,128"),
-    Fountain(290, kRight, 0),
-};
+constexpr std::array kPage = Join(
+    TileRows(kNumber),
+    std::array{
+        Fountain(290, kRight, 0),
+    });
 
 }  // namespace
 
