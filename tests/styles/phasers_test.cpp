@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -47,14 +48,13 @@ std::unique_ptr<PhasersRecord> MakeRecord(const Overrides& overrides) {
   return PhasersRecord::Init(reader, random);
 }
 
-const Overrides kOnlyEast = {{"LineWest2South", 0}, {"LineHorizontal", 0}, {"LineVertical", 0}};
-const Overrides kOnlyWest = {{"LineEast2South", 0}, {"LineHorizontal", 0}, {"LineVertical", 0}};
-const Overrides kOnlyHorizontal = {{"LineEast2South", 0}, {"LineWest2South", 0},
-                                   {"LineVertical", 0}};
-const Overrides kOnlyVertical = {{"LineEast2South", 0}, {"LineWest2South", 0},
-                                 {"LineHorizontal", 0}};
-const Overrides kNoKinds = {{"LineEast2South", 0}, {"LineWest2South", 0},
-                            {"LineHorizontal", 0}, {"LineVertical", 0}};
+// Every line kind but `kind` switched off ("" switches them all off).
+Overrides Only(std::string_view kind) {
+  Overrides o;
+  for (const char* k : {"LineEast2South", "LineWest2South", "LineHorizontal", "LineVertical"})
+    if (k != kind) o.push_back({k, 0});
+  return o;
+}
 
 // ---------------------------------------------------------------- reference
 
@@ -66,24 +66,14 @@ ImageBlock ReferenceMask(const PhasersBeam& e, int32_t w, int32_t h) {
   Canvas canvas = Canvas::Open(2 * w, 2 * h);
   canvas.Clear(0);
   const Colour grey = MakeColour(e.brightness, e.brightness, e.brightness);
-  const int32_t pen = 2 * e.thickness;
-  const Point a = e.start, b = e.end, c = e.second_start, d = e.second_end;
-  switch (e.kind) {
-    case BeamKind::kEastToSouth:
-      canvas.DrawLine({2 * (a.x + w), 2 * (a.y - h)}, {2 * (b.x - w), 2 * (b.y + h)}, pen, grey);
-      if (e.has_second)
-        canvas.DrawLine({2 * (c.x + w), 2 * (c.y - h)}, {2 * (d.x - w), 2 * (d.y + h)}, pen, grey);
-      break;
-    case BeamKind::kWestToSouth:
-      canvas.DrawLine({2 * (a.x - w), 2 * (a.y - h)}, {2 * (b.x + w), 2 * (b.y + h)}, pen, grey);
-      if (e.has_second)
-        canvas.DrawLine({2 * (c.x - w), 2 * (c.y - h)}, {2 * (d.x + w), 2 * (d.y + h)}, pen, grey);
-      break;
-    default:
-      canvas.DrawLine({2 * a.x, 2 * a.y}, {2 * b.x, 2 * b.y}, pen, grey);
-      if (e.has_second) canvas.DrawLine({2 * c.x, 2 * c.y}, {2 * d.x, 2 * d.y}, pen, grey);
-      break;
-  }
+  // Diagonals run from a tile beyond the start's corner to one beyond the end's.
+  const int32_t ox = e.kind == BeamKind::kEastToSouth ? w : e.kind == BeamKind::kWestToSouth ? -w : 0;
+  const int32_t oy = ox != 0 ? -h : 0;
+  auto segment = [&](Point a, Point b) {
+    canvas.DrawLine({2 * (a.x + ox), 2 * (a.y + oy)}, {2 * (b.x - ox), 2 * (b.y - oy)}, 2 * e.thickness, grey);
+  };
+  segment(e.start, e.end);
+  if (e.has_second) segment(e.second_start, e.second_end);
   return ScaleByPercent(canvas.image(), 50, 50);
 }
 
@@ -138,10 +128,10 @@ Overrides With(Overrides a, const Overrides& b) {
 const std::vector<Case>& Cases() {
   static const std::vector<Case> cases = {
       {"defaults", {}},
-      {"east_to_south", With(kOnlyEast, kSmall)},
-      {"west_to_south", With(kOnlyWest, kSmall)},
-      {"horizontal", With(kOnlyHorizontal, kSmall)},
-      {"vertical", With(kOnlyVertical, kSmall)},
+      {"east_to_south", With(Only("LineEast2South"), kSmall)},
+      {"west_to_south", With(Only("LineWest2South"), kSmall)},
+      {"horizontal", With(Only("LineHorizontal"), kSmall)},
+      {"vertical", With(Only("LineVertical"), kSmall)},
       {"two_frames", With(kSmall, {{"Frames", 2}, {"Density", 8}})},
       // One colour still draws its index: the sequence must not shift.
       {"one_colour", With(kSmall, {{"FillEnable2", 0}, {"FillEnable3", 0}, {"FillEnable4", 0},
@@ -195,9 +185,9 @@ TEST(PhasersRender, EqualsTheWholeCanvasMethod) {
 // same picture as checking that box alone. The diagonal's foot takes the
 // quotient Y/H in double, so now and then it lands one short of W*Y/H.
 TEST(PhasersBeams, NoCheckedKindDrawsEastToSouthAndTheFootTakesTheQuotientInDouble) {
-  std::unique_ptr<PhasersRecord> record = MakeRecord(kNoKinds);
+  std::unique_ptr<PhasersRecord> record = MakeRecord(Only(""));
   for (const PhasersBeam& e : record->beams()) EXPECT_EQ(e.kind, BeamKind::kEastToSouth);
-  std::unique_ptr<PhasersRecord> east = MakeRecord(kOnlyEast);
+  std::unique_ptr<PhasersRecord> east = MakeRecord(Only("LineEast2South"));
   EXPECT_EQ(testing::Pixels(record->RenderFrame(0)), testing::Pixels(east->RenderFrame(0)));
   EXPECT_EQ(DiagonalFoot(153, 13, 17), 116);  // 117 exactly
   EXPECT_EQ(DiagonalFoot(192, 64, 128), 96);
@@ -296,7 +286,7 @@ TEST(PhasersFrames, TwoByTwoMosaicShowsNoSeam) {
   }
   // The statistic sees a real break: a tile cut short by a few columns no
   // longer continues its diagonals across the seam.
-  std::unique_ptr<PhasersRecord> record = MakeRecord(With(kOnlyEast, kSmall));
+  std::unique_ptr<PhasersRecord> record = MakeRecord(With(Only("LineEast2South"), kSmall));
   EXPECT_FALSE(SeamLooksLikeInterior(*record, false, 5));
 }
 
