@@ -39,39 +39,34 @@ TEST(PageSelection, ClampsToTheTableAndOnePast) {
   EXPECT_EQ(PageStyle(table, -1), nullptr);
 }
 
-// Page commands are told from the dialog's own by their ids (all below 59
-// but the delay's up-down).
-TEST(PageWindows, IdsAreUniqueAndNeverTheDialogsOwn) {
+// Each control comes with its label before it and its up-down after it, on
+// the page; ids are unique and never the dialog's own, from which page
+// commands are told apart (all below 59 but the delay's up-down).
+TEST(PageWindows, EachControlBringsItsLabelAndUpDownInOrder) {
   std::set<int> seen;
   for (const StyleEntry& style : StyleTable()) {
-    for (const PageWindow& w : PageWindows(style)) {
+    std::vector<PageWindow> windows = PageWindows(style);
+    for (const PageWindow& w : windows) {
       SCOPED_TRACE(std::string(style.name) + " id " + std::to_string(w.id));
       EXPECT_TRUE(seen.insert(w.id).second);
       EXPECT_TRUE(w.id >= 59 && w.id != kDelayUpDown);
       EXPECT_TRUE(w.x + w.w <= page::kPageWidth && w.y + w.h <= page::kPageHeight);
     }
-  }
-}
-
-// Each control comes with its label before it and its up-down after it.
-TEST(PageWindows, EachControlBringsItsLabelAndUpDownInOrder) {
-  for (const StyleEntry& style : StyleTable()) {
-    std::vector<PageWindow> windows = PageWindows(style);
     size_t at = 0;
-    auto next = [&](PageWindowRole role, int id) {
+    auto next = [&](PageWindowRole role, int id, const PageControl& c) {
       ASSERT_LT(at, windows.size()) << style.name;
       EXPECT_EQ(windows[at].id, id) << style.name;
+      EXPECT_EQ(windows[at].control, &c);
       EXPECT_TRUE(windows[at++].role == role) << style.name << " id " << id;
     };
     for (const PageControl& c : style.page) {
       bool spin = c.kind == ControlKind::kSpin || c.kind == ControlKind::kSignedSpin ||
                   c.kind == ControlKind::kPicker;
-      if (page::HasSeparateLabel(c)) next(PageWindowRole::kLabel, c.id + kPageLabelIdOffset);
+      if (page::HasSeparateLabel(c)) next(PageWindowRole::kLabel, c.id + kPageLabelIdOffset, c);
       ASSERT_LT(at, windows.size());
-      EXPECT_EQ(windows[at].control, &c);
       EXPECT_EQ(windows[at].role == PageWindowRole::kEdit, spin) << style.name << " id " << c.id;
-      ++at;
-      if (spin) next(PageWindowRole::kUpDown, c.id + kUpDownIdOffset);
+      next(windows[at].role, c.id, c);
+      if (spin) next(PageWindowRole::kUpDown, c.id + kUpDownIdOffset, c);
     }
     EXPECT_EQ(at, windows.size());
   }
