@@ -10,7 +10,6 @@
 #include <utility>
 #include <vector>
 
-#include "output/frame_list.h"
 #include "shell/settings.h"
 #include "styles/canvas.h"
 #include "styles/draw.h"
@@ -208,24 +207,6 @@ TEST(PhasersFrames, FrameNIsFrameZeroAndTheSeedDecides) {
   EXPECT_EQ(a[0], a[4]);  // frame -1 is frame 3
   EXPECT_EQ(frames(100), a);
   EXPECT_NE(frames(101), a);
-}
-
-TEST(PhasersFrames, PreviewIsBuildFrameZeroAndBuildRendersEveryFrame) {
-  Settings settings = MakeSettings({{"Frames", 6}, {"Density", 24}, {"Width", 40}});
-  SettingsReader reader(settings, Phasers());
-  Random random;
-  ImageBlock preview = StylePreview(Phasers(), reader, random);
-  ASSERT_TRUE(preview);
-  random.Seed(12345);  // a build reseeds, whatever ran before
-  FrameList frames;
-  ASSERT_TRUE(StyleBuild(Phasers(), reader, random, 7, frames));
-  ASSERT_EQ(frames.count(), 6);
-  EXPECT_EQ(testing::Pixels(frames[0].image), testing::Pixels(preview));
-  std::unique_ptr<PhasersRecord> record = PhasersRecord::Init(reader, random);
-  for (int k = 0; k < 6; ++k) {
-    EXPECT_EQ(frames[k].delay, 7);
-    EXPECT_EQ(testing::Pixels(frames[k].image), testing::Pixels(record->RenderFrame(k)));
-  }
 }
 
 // A 2 x 2 mosaic of the tile, optionally turned by a quarter so that the row

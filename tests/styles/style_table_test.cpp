@@ -1,17 +1,22 @@
 // The style table as data: look-ups agree with the table, the list order
-// holds, and every page is well formed (ids, spin texts, numbering, layout).
+// holds, every page is well formed (ids, spin texts, numbering, layout), and
+// every entry previews and builds the same frames.
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
 #include <string_view>
 
+#include "output/frame_list.h"
 #include "shell/settings.h"
 #include "styles/page_layout.h"
+#include "styles/settings_reader.h"
 #include "styles/style_table.h"
 #include "tests/styles/map_reader.h"
+#include "tests/support/test_support.h"
 
 namespace tess {
 namespace {
@@ -165,6 +170,37 @@ TEST(StylePages, ControlsAndLabelsFitThePageWithoutOverlapping) {
       for (size_t j = i + 1; j < boxes.size(); ++j)
         EXPECT_FALSE(Overlap(b, boxes[j].first))
             << style.name << ": " << boxes[i].second << " / " << boxes[j].second;
+    }
+  }
+}
+
+// Every effect that renders: the preview is the build's first frame whatever
+// the generator held before (each reseeds), and the build hands on every
+// frame, as the record renders it, with the delay and a progress report.
+TEST(StyleEntries, PreviewIsTheBuildsFirstFrameAndTheBuildRendersEveryFrame) {
+  bool reporting = false;  // every other build without a progress callback
+  for (const StyleEntry& style : StyleTable()) {
+    if (!style.init) continue;
+    reporting = !reporting;
+    SCOPED_TRACE(style.name);
+    Settings settings;
+    for (auto [key, value] : {std::pair{"Frames", 3}, {"Width", 37}, {"Depth", 29}})
+      settings.SetStyleNumber(style.number, key, value);
+    SettingsReader reader(settings, style);
+    Random random;
+    ImageBlock preview = StylePreview(style, reader, random);
+    random.Seed(12345);
+    FrameList frames;
+    int reports = 0;
+    std::function<void(int, int)> progress = [&](int, int) { ++reports; };
+    ASSERT_TRUE(StyleBuild(style, reader, random, 7, frames, reporting ? progress : nullptr));
+    ASSERT_EQ(frames.count(), 3);
+    EXPECT_EQ(reports, reporting ? 3 : 0);
+    EXPECT_EQ(testing::Pixels(frames[0].image), testing::Pixels(preview));
+    std::unique_ptr<StyleRecord> record = style.init(reader, random);
+    for (int k = 0; k < 3; ++k) {
+      EXPECT_EQ(frames[k].delay, 7);
+      EXPECT_EQ(testing::Pixels(frames[k].image), testing::Pixels(record->RenderFrame(k))) << k;
     }
   }
 }
