@@ -62,20 +62,21 @@ TEST(Ppm, SeveralImagesInOneStreamWithCommentsAndTrailingSpace) {
 }
 
 TEST(Ppm, RefusalsSayWhatIsWrong) {
-  EXPECT_NE(ErrorOf(Bytes("P3\n1 1\n255\n", {'1', ' ', '2', ' ', '3'})).find("plain (ASCII)"), std::string::npos);
-  EXPECT_NE(ErrorOf(Bytes("P5\n1 1\n255\n", {7})).find("PGM"), std::string::npos);
-  EXPECT_NE(ErrorOf(Bytes("GIF89a", {})).find("not a PPM file"), std::string::npos);
-  EXPECT_NE(ErrorOf({}).find("not a PPM file"), std::string::npos);
-  EXPECT_NE(ErrorOf(Bytes("P6\n2 2\n65535\n", Ramp(4, 2))).find("maxval 65535"), std::string::npos);
-  EXPECT_NE(ErrorOf(Bytes("P6\n0 2\n255\n", {})).find("width and height"), std::string::npos);
-  EXPECT_NE(ErrorOf(Bytes("P6\n70000 1\n255\n", {})).find("width and height"), std::string::npos);
-  EXPECT_NE(ErrorOf(Bytes("P6\n2 2\n", {})).find("missing maxval"), std::string::npos);
-  std::string truncated = ErrorOf(Bytes("P6\n2 2\n255\n", std::vector<uint8_t>(11, 0)));
-  EXPECT_NE(truncated.find("truncated pixel data (11 of 12 bytes)"), std::string::npos) << truncated;
-  // A bad second image is named as such.
-  std::vector<uint8_t> two = Bytes("P6 1 1 255\n", {1, 2, 3});
-  two.push_back('x');
-  EXPECT_EQ(ErrorOf(two).rfind("image 2: ", 0), 0u);
+  std::vector<uint8_t> second_bad = Bytes("P6 1 1 255\n", {1, 2, 3});
+  second_bad.push_back('x');
+  const std::pair<std::vector<uint8_t>, const char*> cases[] = {
+      {Bytes("P3\n1 1\n255\n", {'1', ' ', '2', ' ', '3'}), "plain (ASCII)"},
+      {Bytes("P5\n1 1\n255\n", {7}), "PGM"},
+      {Bytes("GIF89a", {}), "not a PPM file"},
+      {{}, "not a PPM file"},
+      {Bytes("P6\n2 2\n65535\n", Ramp(4, 2)), "maxval 65535"},
+      {Bytes("P6\n0 2\n255\n", {}), "width and height"},
+      {Bytes("P6\n70000 1\n255\n", {}), "width and height"},
+      {Bytes("P6\n2 2\n", {}), "missing maxval"},
+      {Bytes("P6\n2 2\n255\n", std::vector<uint8_t>(11, 0)), "truncated pixel data (11 of 12 bytes)"},
+      {second_bad, "image 2: "},  // a bad second image is named as such
+  };
+  for (const auto& [bytes, fragment] : cases) EXPECT_NE(ErrorOf(bytes).find(fragment), std::string::npos) << fragment;
 }
 
 }  // namespace

@@ -1,172 +1,108 @@
-#include <gtest/gtest.h>
+// The configuration file: how a line is read, what a file of lines yields,
+// the exact text written, a round trip of every value, and files that cannot
+// be read or replaced.
+#include "shell/config_file.h"
 
-#include "tests/support/temp_folder.h"
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <random>
-#include <sstream>
 #include <string>
+#include <variant>
 #include <vector>
 
-#include "shell/config_file.h"
 #include "tests/support/fake_platform.h"
+#include "tests/support/temp_folder.h"
 
 namespace tess {
 namespace {
 
 namespace fs = std::filesystem;
 
-// Each test gets its own empty folder under the system's temporary folder.
 class ConfigFile : public ::testing::Test {
  protected:
-
   void WriteFile(const std::string& text) {
-    std::ofstream out(m_path, std::ios::binary);
-    out << text;
+    testing::WriteBytes(m_path, std::vector<uint8_t>(text.begin(), text.end()));
   }
   std::string ReadFile() const {
-    std::ifstream in(m_path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-  }
-  // Settings after reading a file holding `text`.
-  Settings ReadText(const std::string& text) {
-    WriteFile(text);
-    Settings s;
-    EXPECT_TRUE(ReadSettings(m_path, s, m_platform));
-    return s;
-  }
-  std::vector<std::string> FolderEntries() const {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(m_folder)) names.push_back(entry.path().filename().string());
-    return names;
+    std::vector<uint8_t> bytes = testing::ReadBytes(m_path);
+    return std::string(bytes.begin(), bytes.end());
   }
 
-  testing::TempFolder m_temp;
-  fs::path m_folder = m_temp.path();
-  std::string m_path = m_temp / "zephyra1.ini";
+  testing::TempFolder m_dir;
+  std::string m_path = m_dir / "zephyra1.ini";
   testing::FakePlatform m_platform;
 };
 
-TEST_F(ConfigFile, NegativeNumbersTravelAsUnsignedDecimal) {
-  Settings s;
-  s.SetNumber(Key::MainDelay, -5);
-  s.SetStyleNumber(0, "Background", -1);
-  ASSERT_TRUE(WriteSettings(m_path, s, m_platform));
-  std::string text = ReadFile();
-  EXPECT_NE(text.find("\nMainDelay = 4294967291\n"), std::string::npos);
-  EXPECT_NE(text.find("\nStyle000Background = 4294967295\n"), std::string::npos);
-
-  Settings back;
-  ASSERT_TRUE(ReadSettings(m_path, back, m_platform));
-  EXPECT_EQ(back.Number(Key::MainDelay), -5);
-  EXPECT_EQ(back.StyleNumber(0, "Background"), -1);
-}
-
-TEST_F(ConfigFile, NumbersParseLikeSignedDecimalWrappedTo32Bits) {
-  auto delay = [](std::string_view line) {
+TEST(ConfigLine, NumbersParseLikeSignedDecimalWrappedTo32BitsWithSpacesAndEqualsAround) {
+  const std::pair<const char*, int32_t> cases[] = {
+      {"MainDelay = -1", -1},
+      {"MainDelay = +12abc", 12},
+      {"MainDelay =    -", 0},
+      {"MainDelay = x12", 0},
+      {"MainDelay = 2147483648", INT32_MIN},
+      {"MainDelay = 123456789012345678901234567890", 1312754386},  // the value modulo 2^32
+      {"MainDelay=7", 7},
+      {"MainDelay  ==  7\n", 7},
+      {"MainDelay 7", 7},
+      {"MainDelay", 0},
+  };
+  for (auto [line, value] : cases) {
     Settings s;
     ApplySettingsLine(line, s);
-    return s.Number(Key::MainDelay);
-  };
-  EXPECT_EQ(delay("MainDelay = -1"), -1);
-  EXPECT_EQ(delay("MainDelay = +12abc"), 12);
-  EXPECT_EQ(delay("MainDelay =    -"), 0);
-  EXPECT_EQ(delay("MainDelay = x12"), 0);
-  EXPECT_EQ(delay("MainDelay = 2147483648"), INT32_MIN);
-  EXPECT_EQ(delay("MainDelay = 99999999999"), static_cast<int32_t>(99999999999ull % 4294967296ull));
-  EXPECT_EQ(delay("MainDelay = 123456789012345678901234567890"),
-            1312754386);  // the value modulo 2^32
-  // Switches are not limited to 0 and 1 here.
+    EXPECT_EQ(s.Number(Key::MainDelay), value) << line;
+  }
   Settings s;
-  ApplySettingsLine("MainDither = 7", s);
+  ApplySettingsLine("MainDither = 7", s);  // switches are not limited to 0 and 1 here
   EXPECT_EQ(s.Number(Key::MainDither), 7);
-}
-
-TEST_F(ConfigFile, SpacesAndEqualsSignsAroundTheValue) {
-  for (const char* line : {"MainDelay=7", "MainDelay = 7", "MainDelay == 7", "MainDelay  ==  7\n", "MainDelay 7"}) {
-    Settings s;
-    ApplySettingsLine(line, s);
-    EXPECT_EQ(s.Number(Key::MainDelay), 7) << line;
-  }
-  Settings alone;
-  ApplySettingsLine("MainDelay", alone);
-  EXPECT_EQ(alone.Number(Key::MainDelay), 0);
-}
-
-TEST_F(ConfigFile, KeysMatchAsPrefixesOfReadableKeys) {
-  Settings s = ReadText("[PlugIn]\nMainD = 9\nStyle000Fill = 5\nPatchLevel = 9\nVersionNumber = 1\n");
-  EXPECT_EQ(s.Number(Key::MainDelay), 9);
-  EXPECT_EQ(s.StyleNumber(0, "FillColor1"), 5);
-  EXPECT_EQ(s.Number(Key::PatchLevel), 1);  // written only
-  EXPECT_EQ(s.Number(Key::VersionNumber), 64);
-}
-
-TEST_F(ConfigFile, AnEmptyKeySelectsTheFirstEntry) {
-  struct Case {
-    const char* line;
-    int32_t expected;
-  };
-  for (Case c : {Case{"\n", 0}, Case{" = 5\n", 5}, Case{"=3\n", 3}}) {
-    Settings s = ReadText(std::string("MainDelay = 2\n") + c.line + "MainEffect = 1\n");
-    EXPECT_EQ(s.Number(Key::AddDescriptiveCommentBlock), c.expected) << c.line;
-    EXPECT_EQ(s.Number(Key::MainDelay), 2);
-    EXPECT_EQ(s.Number(Key::MainEffect), 1);
-  }
-}
-
-TEST_F(ConfigFile, CommentsUnknownKeysAndSectionsChangeNothing) {
-  Settings s = ReadText(";MainDelay = 9\n[PlugIn]\n[Other]\nBogus = 3\nMainDelayX = 3\nmaindelay = 3\n");
-  EXPECT_EQ(s, Settings());
-}
-
-TEST_F(ConfigFile, LaterDuplicatesWinAndCrLfIsHarmless) {
-  Settings s = ReadText("MainDelay = 3\r\nOpenPath = /a b\r\nMainDelay = 8\r\n");
-  EXPECT_EQ(s.Number(Key::MainDelay), 8);
-  EXPECT_EQ(s.Text(Key::OpenPath), "/a b");
-}
-
-TEST_F(ConfigFile, TextIsClearedThenCopiedUpTo260Characters) {
-  Settings s;
+  // Text is cleared, then copied up to 260 characters or a control character.
   ApplySettingsLine("OpenPath = " + std::string(300, 'q'), s);
   EXPECT_EQ(s.Text(Key::OpenPath), std::string(260, 'q'));
+  ApplySettingsLine("OpenPath = caf\xC3\xA9 = x\tTAIL", s);
+  EXPECT_EQ(s.Text(Key::OpenPath), "caf\xC3\xA9 = x");
   ApplySettingsLine("OpenPath =", s);
   EXPECT_EQ(s.Text(Key::OpenPath), "");
-  ApplySettingsLine("OpenPath = caf\xC3\xA9 = x\tTAIL", s);
-  EXPECT_EQ(s.Text(Key::OpenPath), "caf\xC3\xA9 = x");  // cut at the tab, bytes above 127 kept
 }
 
-TEST_F(ConfigFile, ReadsTakeAtMost259Characters) {
-  // "OpenPath = " is 11 characters; the rest of the physical line is read as
-  // a line of its own, so a key hidden there is taken.
-  std::string value(259 - 11, 'v');
-  Settings s = ReadText("OpenPath = " + value + "MainDelay = 9\n");
-  EXPECT_EQ(s.Text(Key::OpenPath), value);
-  EXPECT_EQ(s.Number(Key::MainDelay), 9);
-  EXPECT_EQ(s.Number(Key::AddDescriptiveCommentBlock), 1);
-
-  // A line of exactly 259 characters leaves its line end as an empty line.
-  Settings exact = ReadText("OpenPath = " + value + "\n");
-  EXPECT_EQ(exact.Text(Key::OpenPath), value);
-  EXPECT_EQ(exact.Number(Key::AddDescriptiveCommentBlock), 0);
-}
-
-TEST_F(ConfigFile, ShiftHeldIgnoresTheFile) {
-  WriteFile("MainDelay = 9\n");
+// What whole files yield: keys match as prefixes of readable keys, an empty
+// key selects the first entry, later duplicates win, reads take at most 259
+// characters (the rest of a long line is read as a line of its own).
+TEST_F(ConfigFile, FilesOfLinesYieldTheirSettings) {
+  using Value = std::variant<int32_t, std::string>;
+  const std::string v248(259 - 11, 'v');  // "OpenPath = " is 11 characters
+  struct Case {
+    std::string text;
+    std::vector<std::pair<const char*, Value>> changed;  // every other setting keeps its default
+  } cases[] = {
+      {"[PlugIn]\nMainD = 9\nStyle000Fill = 5\nPatchLevel = 9\nVersionNumber = 1\n",  // the last two: written only
+       {{"MainDelay", 9}, {"Style000FillColor1", 5}}},
+      {"MainDelay = 2\n\nMainEffect = 1\n", {{"MainDelay", 2}, {"AddDescriptiveCommentBlock", 0}, {"MainEffect", 1}}},
+      {"MainDelay = 2\n = 5\n", {{"MainDelay", 2}, {"AddDescriptiveCommentBlock", 5}}},
+      {";MainDelay = 9\n[PlugIn]\n[Other]\nBogus = 3\nMainDelayX = 3\nmaindelay = 3\n", {}},
+      {"MainDelay = 3\r\nOpenPath = /a b\r\nMainDelay = 8\r\n", {{"MainDelay", 8}, {"OpenPath", "/a b"}}},
+      {"OpenPath = " + v248 + "MainDelay = 9\n", {{"OpenPath", v248}, {"MainDelay", 9}}},
+      // A line of exactly 259 characters leaves its line end as an empty line.
+      {"OpenPath = " + v248 + "\n", {{"OpenPath", v248}, {"AddDescriptiveCommentBlock", 0}}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    Settings want;
+    for (const auto& [key, value] : c.changed) {
+      if (const int32_t* n = std::get_if<int32_t>(&value)) want.SetNumberAt(FindConfigKey(key), *n);
+      else want.SetTextAt(FindConfigKey(key), std::get<std::string>(value));
+    }
+    WriteFile(c.text);
+    Settings s;
+    EXPECT_TRUE(ReadSettings(m_path, s, m_platform));
+    EXPECT_EQ(s, want);
+  }
+  // Holding Shift ignores the file; a missing file or path leaves the defaults.
   m_platform.shift_down = true;
   Settings s;
   EXPECT_FALSE(ReadSettings(m_path, s, m_platform));
-  EXPECT_EQ(s, Settings());
-}
-
-TEST_F(ConfigFile, MissingFileOrPathLeavesDefaults) {
-  Settings s;
-  EXPECT_FALSE(ReadSettings(m_path, s, m_platform));
+  m_platform.shift_down = false;
+  EXPECT_FALSE(ReadSettings(m_dir / "absent.ini", s, m_platform));
   EXPECT_FALSE(ReadSettings("", s, m_platform));
-  EXPECT_FALSE(WriteSettings("", s, m_platform));
   EXPECT_EQ(s, Settings());
 }
 
@@ -187,15 +123,13 @@ TEST_F(ConfigFile, HeaderAndLinesExactly) {
   EXPECT_NE(text.find("\nStyle016Background = 8273\n"), std::string::npos);
   EXPECT_TRUE(text.ends_with("\nStyle019Width = 190\nTruecolour = 1\nUpdateDelay = 1000\nVersionNumber = 64\n"));
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 5 + 303);
-}
-
-TEST_F(ConfigFile, HeaderTimeIsAlways24Characters) {
+  // The time is always 24 characters, whatever the fields hold.
   EXPECT_EQ(FormatHeaderTime(LocalTime{2027, 1, 3, 3, 23, 0, 59}), "Wed Feb  3 23:00:59 2027");
   EXPECT_EQ(FormatHeaderTime(LocalTime{12345, 11, 31, 6, 1, 2, 3}), "Sat Dec 31 01:02:03 1234");
   EXPECT_EQ(FormatHeaderTime(LocalTime{2026, 12, 1, 7, 0, 0, 0}), "??? ???  1 00:00:00 2026");
 }
 
-TEST_F(ConfigFile, EveryValueRoundTrips) {
+TEST_F(ConfigFile, EveryValueRoundTripsNegativeNumbersAsUnsignedDecimal) {
   Settings s;
   std::span<const ConfigKey> keys = ConfigKeys();
   for (int i = 0; i < kConfigKeyCount; ++i) {
@@ -206,32 +140,29 @@ TEST_F(ConfigFile, EveryValueRoundTrips) {
     else
       s.SetNumberAt(i, (i % 3 == 0 ? -1 : 1) * (i * 7919 + 3));
   }
+  s.SetNumber(Key::MainDelay, -5);
   ASSERT_TRUE(WriteSettings(m_path, s, m_platform));
+  EXPECT_NE(ReadFile().find("\nMainDelay = 4294967291\n"), std::string::npos);
   Settings back;
   ASSERT_TRUE(ReadSettings(m_path, back, m_platform));
   EXPECT_EQ(back, s);
 }
 
-TEST_F(ConfigFile, WritingReplacesTheFileAndLeavesNothingElse) {
+TEST_F(ConfigFile, WritingReplacesTheFileOrFailsKeepingWhatWasThere) {
   WriteFile("old\n");
   ASSERT_TRUE(WriteSettings(m_path, Settings(), m_platform));
   EXPECT_TRUE(ReadFile().starts_with(";Brindlewood"));
-  EXPECT_EQ(FolderEntries(), std::vector<std::string>{"zephyra1.ini"});
-}
+  EXPECT_EQ(m_dir.Files(), std::vector<std::string>{"zephyra1.ini"});
 
-TEST_F(ConfigFile, MissingFolderFailsWithoutCreatingIt) {
-  fs::path missing = m_folder / "Brindlewood";
-  EXPECT_FALSE(WriteSettings((missing / "zephyra1.ini").string(), Settings(), m_platform));
-  EXPECT_FALSE(fs::exists(missing));
-  EXPECT_TRUE(FolderEntries().empty());
-}
-
-TEST_F(ConfigFile, FailedReplaceKeepsWhatWasThere) {
+  EXPECT_FALSE(WriteSettings("", Settings(), m_platform));
+  EXPECT_FALSE(WriteSettings(m_dir / "Brindlewood/zephyra1.ini", Settings(), m_platform));
+  EXPECT_FALSE(fs::exists(m_dir / "Brindlewood"));  // a missing folder is not created
   // A folder standing where the file should be cannot be replaced by a file.
-  fs::create_directories(fs::path(m_path) / "inside");
-  EXPECT_FALSE(WriteSettings(m_path, Settings(), m_platform));
-  EXPECT_TRUE(fs::is_directory(fs::path(m_path) / "inside"));
-  EXPECT_EQ(FolderEntries(), std::vector<std::string>{"zephyra1.ini"});
+  std::string folder = m_dir / "folder.ini";
+  fs::create_directories(fs::path(folder) / "inside");
+  EXPECT_FALSE(WriteSettings(folder, Settings(), m_platform));
+  EXPECT_TRUE(fs::is_directory(fs::path(folder) / "inside"));
+  EXPECT_EQ(m_dir.Files(), std::vector<std::string>{"zephyra1.ini"});
 }
 
 }  // namespace

@@ -1,3 +1,5 @@
+// Help requests: the reference handed to the host, and the message shown when
+// the host refuses or offers no help service.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -8,8 +10,6 @@
 
 namespace tess {
 namespace {
-
-constexpr const char* kHelpError = "There has been an error displaying the Help document.";
 
 class RecordingHelp final : public HelpService {
  public:
@@ -24,31 +24,24 @@ class RecordingHelp final : public HelpService {
   bool m_accept;
 };
 
-TEST(HelpReference, AnchorOnlyWhenNotEmpty) {
-  EXPECT_EQ(HelpReference(kManualPage, ""), "ZEPHYRA1.HTML");
-  EXPECT_EQ(HelpReference(kManualPage, kHelpAnchorGradient), "ZEPHYRA1.HTML#GRADIENT");
+TEST(ShowHelp, PassesTheManualPageWithItsAnchor) {
   EXPECT_EQ(HelpReference("other.html", "x y"), "other.html#x y");
-}
-
-TEST(ShowHelp, AcceptedReferenceShowsNoMessage) {
   RecordingHelp host(true);
   RecordingReporter reporter;
   EXPECT_EQ(ShowHelp(&host, reporter, kHelpAnchorMainDialog), 1);
-  ASSERT_EQ(host.references.size(), 1u);
-  EXPECT_EQ(host.references[0], "ZEPHYRA1.HTML#PREFACE");
+  EXPECT_EQ(ShowHelp(&host, reporter, ""), 1);  // no anchor, no "#"
+  EXPECT_EQ(host.references, (std::vector<std::string>{"ZEPHYRA1.HTML#PREFACE", "ZEPHYRA1.HTML"}));
   EXPECT_TRUE(reporter.messages.empty());
 }
 
 TEST(ShowHelp, RefusalOrMissingServiceReportsTheHelpError) {
   RecordingHelp host(false);
   RecordingReporter reporter;
-  EXPECT_EQ(ShowHelp(&host, reporter, ""), 1);
-  ASSERT_EQ(host.references.size(), 1u);
-  EXPECT_EQ(host.references[0], "ZEPHYRA1.HTML");
+  EXPECT_EQ(ShowHelp(&host, reporter, kHelpAnchorGradient), 1);
   EXPECT_EQ(ShowHelp(nullptr, reporter, kHelpAnchorTile), 1);
-  ASSERT_EQ(reporter.messages.size(), 2u);
-  EXPECT_EQ(reporter.messages[0], kHelpError);
-  EXPECT_EQ(reporter.messages[1], kHelpError);
+  EXPECT_EQ(host.references, std::vector<std::string>{"ZEPHYRA1.HTML#GRADIENT"});
+  EXPECT_EQ(reporter.messages,
+            std::vector<std::string>(2, "There has been an error displaying the Help document."));
 }
 
 }  // namespace

@@ -21,12 +21,14 @@ int32_t RefWrap(int64_t c, int32_t n) { return static_cast<int32_t>(((c % n) + n
 
 uint32_t Channel(Colour c, int shift) { return (c >> shift) & 0xFF; }
 
-void RefMaskBlend(ImageBlock& t, const ImageBlock& m, int x, int y, Colour colour, int opacity) {
-  for (int sy = 0; sy < m.height(); ++sy)
-    for (int sx = 0; sx < m.width(); ++sx) {
+// Blends a w x h source into the tile at (x, y), wrapping, in source order:
+// `at(sx, sy)` gives the source pixel's colour and its coverage 0..255.
+template <class At>
+void RefBlend(ImageBlock& t, int w, int h, int x, int y, At at) {
+  for (int sy = 0; sy < h; ++sy)
+    for (int sx = 0; sx < w; ++sx) {
       int tx = RefWrap(int64_t{x} + sx, t.width()), ty = RefWrap(int64_t{y} + sy, t.height());
-      uint32_t a = Channel(ImageGetPixel(m, sx, sy), 16);
-      if (opacity != 255) a = a * opacity / 255;
+      auto [colour, a] = at(sx, sy);
       Colour d = ImageGetPixel(t, tx, ty), out = d & 0xFF000000u;
       for (int s = 0; s < 24; s += 8)
         out |= (Channel(colour, s) * a / 255 + Channel(d, s) * (255 - a) / 255) << s;
@@ -34,24 +36,14 @@ void RefMaskBlend(ImageBlock& t, const ImageBlock& m, int x, int y, Colour colou
     }
 }
 
-void RefAlphaBlit(ImageBlock& t, const ImageBlock& sprite, int x, int y) {
-  for (int sy = 0; sy < sprite.height(); ++sy)
-    for (int sx = 0; sx < sprite.width(); ++sx) {
-      int tx = RefWrap(int64_t{x} + sx, t.width()), ty = RefWrap(int64_t{y} + sy, t.height());
-      Colour s = ImageGetPixel(sprite, sx, sy), d = ImageGetPixel(t, tx, ty);
-      uint32_t a = s >> 24;
-      Colour out = d & 0xFF000000u;
-      for (int k = 0; k < 24; k += 8)
-        out |= (Channel(s, k) * a / 255 + Channel(d, k) * (255 - a) / 255) << k;
-      ImageSetPixel(t, tx, ty, out);
-    }
-}
-
-// A picture of the given depth with varied values (noise, plus a 32-bit top byte).
+// A picture of the given depth with varied values (noise, plus a 32-bit top
+// byte, or a colour table of its own).
 ImageBlock Picture(int w, int h, int bits, uint32_t seed) {
   ImageBlock noise = NoiseImage(w, h, seed);
   if (bits == 24) return noise;
-  ImageBlock out = ImageCreate(w, h, nullptr, bits);
+  uint8_t rgb[kPaletteBytes];
+  for (size_t i = 0; i < kPaletteBytes; ++i) rgb[i] = static_cast<uint8_t>(i * 7 + seed);
+  ImageBlock out = ImageCreate(w, h, bits <= 8 ? rgb : nullptr, bits);
   int levels = bits >= 8 ? 256 : 1 << bits;
   for (int y = 0; y < h; ++y)
     for (int x = 0; x < w; ++x) {
@@ -65,10 +57,6 @@ const std::vector<std::pair<int, int>> kPositions = {
     {0, 0}, {-1, -1}, {5, 3}, {-40, -30}, {36, 22}, {1000, -1001}, {INT_MIN, INT_MAX}, {-37, 23}};
 
 TEST(Wrap, FoldsEveryCoordinateIntoTheTile) {
-  EXPECT_EQ(WrapIndex(-1, 10), 9);
-  EXPECT_EQ(WrapIndex(-10, 10), 0);
-  EXPECT_EQ(WrapIndex(-20, 10), 0);
-  EXPECT_EQ(WrapIndex(10, 10), 0);
   EXPECT_EQ(WrapIndex(INT64_MIN + 1, 7), RefWrap(INT64_MIN + 1, 7));
   for (int64_t c = -50; c <= 50; ++c) EXPECT_EQ(WrapIndex(c, 7), RefWrap(c, 7)) << c;
 }
@@ -78,67 +66,32 @@ TEST(MaskBlend, MatchesReferenceAtAnyPositionSizeAndDepth) {
     for (int mask_bits : {24, 32})
       for (auto [mw, mh] : {std::pair{13, 9}, {37, 23}, {80, 51}})
         for (auto [x, y] : kPositions)
-          for (int opacity : {255, 200, 1}) {
+          for (int opacity : {255, 200, 1, 0}) {
             ImageBlock fast = Picture(37, 23, target_bits, 1), ref = Picture(37, 23, target_bits, 1);
             ImageBlock mask = Picture(mw, mh, mask_bits, 2);
             MaskBlendWrap(fast, mask, x, y, 0x00C08040, opacity);
-            RefMaskBlend(ref, mask, x, y, 0x00C08040, opacity);
+            RefBlend(ref, mw, mh, x, y, [&](int sx, int sy) {
+              uint32_t a = Channel(ImageGetPixel(mask, sx, sy), 16);  // the blue byte
+              return std::pair{Colour{0x00C08040}, opacity == 255 ? a : a * opacity / 255};
+            });
             ASSERT_EQ(Pixels(fast), Pixels(ref)) << target_bits << "/" << mask_bits << " " << mw
                                                  << "x" << mh << " at " << x << "," << y << " op "
                                                  << opacity;
           }
 }
 
-TEST(MaskBlend, FirstPixelAtMinusOneLandsBottomRight) {
-  ImageBlock tile = SolidImage({0, 0, 6, 5}, 0);
-  ImageBlock mask = ImageCreate(2, 2, nullptr, 24);
-  ImageSetPixel(mask, 0, 0, 0x00FF0000);  // blue byte only: the green and red bytes are ignored
-  MaskBlendWrap(tile, mask, -1, -1, 0x00123456, 255);
-  EXPECT_EQ(ImageGetPixel(tile, 5, 4), 0x00123456u);
-  int painted = 0;
-  for (Colour c : Pixels(tile)) painted += c != 0;
-  EXPECT_EQ(painted, 1);
-}
-
-TEST(MaskBlend, FullCoverageIsExactNoneLeavesTheTarget) {
-  ImageBlock tile = NoiseImage(5, 3, 9), before = DuplicateGlobalBlock(tile);
-  ImageBlock none = ImageCreate(5, 3, nullptr, 24);
-  MaskBlendWrap(tile, none, 2, 1, 0x00ABCDEF, 255);
-  EXPECT_EQ(Pixels(tile), Pixels(before));
-  ImageBlock full = SolidImage({0, 0, 5, 3}, 0x00FF0000);
-  MaskBlendWrap(tile, full, 2, 1, 0x00ABCDEF, 255);
-  for (Colour c : Pixels(tile)) EXPECT_EQ(c, 0x00ABCDEFu);
-  MaskBlendWrap(tile, full, 0, 0, 0x00000000, 0);  // opacity 0 covers nothing
-  for (Colour c : Pixels(tile)) EXPECT_EQ(c, 0x00ABCDEFu);
-}
-
-TEST(MaskBlend, AMaskWiderThanTheTileLandsOnItselfInOrder) {
-  ImageBlock tile = SolidImage({0, 0, 1, 1}, 0x00C8C8C8);
-  ImageBlock mask = ImageCreate(2, 1, nullptr, 24);
-  ImageSetPixel(mask, 0, 0, 0x00FF0000);
-  ImageSetPixel(mask, 1, 0, 0x00800000);
-  MaskBlendWrap(tile, mask, 0, 0, 0x00000064, 255);
-  // The first pixel writes (100, 0, 0) exactly; the second blends over it:
-  // red 100*128/255 + 100*127/255 = 50 + 49, the rest stays 0.
-  EXPECT_EQ(ImageGetPixel(tile, 0, 0), MakeColour(99, 0, 0));
-}
-
-TEST(AlphaBlit, MatchesReferenceAndAttachMaskComposesToTheMaskBlend) {
+TEST(AlphaBlit, MatchesReference) {
   for (int target_bits : {24, 32})
     for (auto [x, y] : kPositions) {
       ImageBlock fast = Picture(37, 23, target_bits, 3), ref = Picture(37, 23, target_bits, 3);
       ImageBlock sprite = Picture(41, 17, 32, 4);
       AlphaBlitWrap(fast, sprite, x, y);
-      RefAlphaBlit(ref, sprite, x, y);
+      RefBlend(ref, 41, 17, x, y, [&](int sx, int sy) {
+        Colour c = ImageGetPixel(sprite, sx, sy);
+        return std::pair{c, c >> 24};
+      });
       ASSERT_EQ(Pixels(fast), Pixels(ref)) << target_bits << " at " << x << "," << y;
     }
-  // A solid colour with a mask attached blits like the mask blend of that colour.
-  ImageBlock mask = NoiseImage(19, 11, 5);
-  ImageBlock sprite = AttachMask(SolidImage({0, 0, 19, 11}, 0x00405060), mask);
-  ImageBlock a = NoiseImage(16, 16, 6), b = NoiseImage(16, 16, 6);
-  AlphaBlitWrap(a, sprite, -3, 9);
-  MaskBlendWrap(b, mask, -3, 9, 0x00405060, 255);
-  EXPECT_EQ(Pixels(a), Pixels(b));
 }
 
 TEST(AttachMask, TakesLowBytesFromTheColourAndTopByteFromTheMaskBlue) {
@@ -183,19 +136,12 @@ TEST(Roll, AllFourDirectionsMatchTheirDefinitionsAtEveryDepth) {
           ASSERT_EQ(ImageGetPixel(right, x, y), at(int64_t{x} - n, y)) << bits << " " << n;
           ASSERT_EQ(ImageGetPixel(left, x, y), at(int64_t{x} + n, y)) << bits << " " << n;
         }
+      if (n != 0) continue;  // a distinct, identical block, colour table and all
+      EXPECT_NE(right.data(), src.data());
+      ASSERT_EQ(right.size(), src.size());
+      EXPECT_EQ(0, std::memcmp(right.data(), src.data(), src.size())) << bits;
     }
-}
-
-TEST(Roll, ByZeroIsADistinctIdenticalBlockWithTheColourTable) {
-  uint8_t palette[kPaletteBytes];
-  for (size_t i = 0; i < kPaletteBytes; ++i) palette[i] = static_cast<uint8_t>(i * 7);
-  ImageBlock src = ImageCreate(9, 4, palette, 8);
-  ImageSetPixel(src, 3, 2, 200);
-  ImageBlock copy = RollRight(src, 0);
-  ASSERT_TRUE(copy);
-  EXPECT_NE(copy.data(), src.data());
-  ASSERT_EQ(copy.size(), src.size());
-  EXPECT_EQ(0, std::memcmp(copy.data(), src.data(), src.size()));
+  ImageBlock src = Picture(9, 4, 8, 10);
   AllocFailureScope fail(0);
   EXPECT_FALSE(RollDown(src, 1));
 }
@@ -257,17 +203,6 @@ ImageBlock RefScaleAxis(const ImageBlock& src, int p, bool horizontal) {
   return out;
 }
 
-TEST(Scale, ReductionUsesTheDefinedSpans) {
-  ImageBlock src = ImageCreate(5, 1, nullptr, 24);
-  const Colour cols[] = {10, 20, 31, 40, 250};
-  for (int x = 0; x < 5; ++x) ImageSetPixel(src, x, 0, MakeColour(cols[x], 0, 255));
-  ImageBlock half = ScaleByPercent(src, 50, 100);
-  ASSERT_TRUE(half);
-  ASSERT_EQ(half.width(), 2);
-  EXPECT_EQ(ImageGetPixel(half, 0, 0), MakeColour(15, 0, 255));  // columns 0 and 1
-  EXPECT_EQ(ImageGetPixel(half, 1, 0), MakeColour(35, 0, 255));  // columns 2 and 3, 71 / 2
-}
-
 TEST(Scale, MatchesReferenceAtEveryDepthAndPercent) {
   for (int bits : {1, 4, 8, 24, 32})
     for (auto [hp, vp] : {std::pair{25, 25}, {50, 50}, {25, 50}, {50, 25}, {33, 70}, {1, 99}, {100, 37}, {50, 100},
@@ -308,13 +243,10 @@ TEST(Scale, HundredPercentIsACopyAndBadRequestsFail) {
   EXPECT_FALSE(ScaleByPercent(src, 50, -1));
   EXPECT_FALSE(ScaleByPercent(src, 10, 100));  // 7 * 10 / 100 = 0 columns
   EXPECT_FALSE(ScaleByPercent(ImageBlock(), 50, 50));
-}
-
-TEST(Scale, EveryAllocationFailureGivesNull) {
-  ImageBlock src = NoiseImage(64, 48, 14);
-  for (long fail_at = 0;; ++fail_at) {
+  ImageBlock big = NoiseImage(64, 48, 14);
+  for (long fail_at = 0;; ++fail_at) {  // every allocation failing in turn gives null
     AllocFailureScope fail(fail_at);
-    ImageBlock out = ScaleByPercent(src, 25, 50);
+    ImageBlock out = ScaleByPercent(big, 25, 50);
     if (fail.Count() <= fail_at) {
       EXPECT_TRUE(out);
       break;

@@ -1,33 +1,20 @@
+// Documents written from and read into the settings: the opening bytes, a
+// round trip of every setting that takes part, each line read as its control
+// would take it, and a damaged file changing nothing.
 #include "styles/settings_document.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "styles/style_table.h"
+#include "tests/support/temp_folder.h"
 
 namespace tess {
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr uint32_t kDelaysInHundredths = 1;  // host capability bit 0: delay spin "1,25,4"
-
-const std::vector<int> kMainOrder = {11, 10, 14, 15, 19, 20, 21, 13, 58};
-
-// Page controls that take part, in the order the dialog enumerates them.
-std::vector<std::pair<const StyleEntry*, const PageControl*>> PageParticipants() {
-  std::vector<std::pair<const StyleEntry*, const PageControl*>> list;
-  for (const StyleEntry& style : StyleTable())
-    for (const PageControl& c : style.page)
-      if (!PageControlTag(c.kind).empty() && c.key) list.emplace_back(&style, &c);
-  return list;
-}
 
 int Items(const char* items) {
   int n = 1;
@@ -45,8 +32,7 @@ int32_t OtherValue(const PageControl& c, int32_t def) {
     case ControlKind::kDropDown: return (def + 1) % Items(c.spin);
     default: {
       SpinRange r = ParseSpinText(c.spin);
-      int32_t span = r.max - r.min + 1;
-      int32_t v = r.min + c.id % span;
+      int32_t v = r.min + c.id % (r.max - r.min + 1);
       return v != def ? v : (v == r.max ? r.min : v + 1);
     }
   }
@@ -63,48 +49,18 @@ Settings ChangedSettings() {
   s.SetNumber(Key::MainMaskBackground, 0);
   s.SetNumber(Key::MainPalette, 2);
   s.SetNumber(Key::MainEffect, 13);
-  for (auto [style, c] : PageParticipants()) {
-    int32_t def = s.StyleNumber(style->number, c->key);
-    s.SetStyleNumber(style->number, c->key, OtherValue(*c, def));
-    EXPECT_NE(s.StyleNumber(style->number, c->key), def) << SettingKey(style->number, *c);
-  }
+  for (const StyleEntry& style : StyleTable())
+    for (const PageControl& c : style.page) {
+      if (PageControlTag(c.kind).empty() || !c.key) continue;
+      int32_t def = s.StyleNumber(style.number, c.key);
+      s.SetStyleNumber(style.number, c.key, OtherValue(c, def));
+      EXPECT_NE(s.StyleNumber(style.number, c.key), def) << SettingKey(style.number, c);
+    }
   return s;
-}
-
-// Loads `body` after a good header into `settings`.
-DocumentStatus LoadBody(Settings& settings, const std::string& body, SettingsDocument* doc = nullptr) {
-  std::string text = std::string(kDocumentHeader) + "\r\n" + body;
-  if (doc) return ReadDocument(text, *doc);
-  SettingsDocument own(settings, kDelaysInHundredths);
-  return ReadDocument(text, own);
 }
 
 std::string Line(int number, std::string_view tag, std::string_view value) {
   return FormatControlLine(tag, number, value) + "\r\n";
-}
-
-TEST(SettingsDocument, SavesMainControlsThenPagesInTableAndDeclarationOrder) {
-  Settings s;
-  SettingsDocument doc(s, kDelaysInHundredths);
-  std::vector<int> numbers;
-  std::vector<std::string> tags;
-  doc.ForEachControl([&](const DocumentControl& c) {
-    numbers.push_back(c.Number());
-    tags.emplace_back(c.Tag());
-  });
-
-  std::vector<int> expected = kMainOrder;
-  std::vector<std::string> expected_tags = {"SPNBTN", "CHKBOX", "CHKBOX", "CHKBOX", "CHKBOX",
-                                            "CHKBOX", "CHKBOX", "CMBBOX", "CMBBOX"};
-  for (auto [style, c] : PageParticipants()) {
-    expected.push_back(c->id);
-    expected_tags.emplace_back(PageControlTag(c->kind));
-  }
-  EXPECT_EQ(numbers, expected);
-  EXPECT_EQ(tags, expected_tags);
-  EXPECT_EQ(doc.size(), expected.size());
-  for (int n : expected) EXPECT_EQ(doc.FindControl(n)->Number(), n);
-  EXPECT_EQ(doc.FindControl(0), nullptr);
 }
 
 TEST(SettingsDocument, PinsTheOpeningLinesOfTheDefaults) {
@@ -132,71 +88,68 @@ TEST(SettingsDocument, PinsTheOpeningLinesOfTheDefaults) {
 TEST(SettingsDocument, RoundTripRestoresEverySettingThatTakesPart) {
   Settings changed = ChangedSettings();
   RecordingReporter reporter;
-  fs::path path = fs::temp_directory_path() / ("tess-settings-doc-" + std::to_string(std::random_device{}()) + ".TS1");
-  ASSERT_TRUE(SaveSettingsDocument(path.string(), changed, kDelaysInHundredths, reporter));
-
+  testing::TempFolder dir;
+  ASSERT_TRUE(SaveSettingsDocument(dir / "all.TS1", changed, kDelaysInHundredths, reporter));
   Settings loaded;
-  ASSERT_TRUE(LoadDocumentIntoSettings(path.string(), loaded, kDelaysInHundredths, reporter));
-  fs::remove(path);
+  ASSERT_TRUE(LoadDocumentIntoSettings(dir / "all.TS1", loaded, kDelaysInHundredths, reporter));
   EXPECT_TRUE(reporter.messages.empty());
   EXPECT_EQ(loaded, changed);
-  for (auto [style, c] : PageParticipants())
-    EXPECT_EQ(loaded.StyleNumber(style->number, c->key), changed.StyleNumber(style->number, c->key))
-        << SettingKey(style->number, *c);
-}
 
-TEST(SettingsDocument, CustomPaletteTravelsWithoutTouchingTheSettings) {
+  // The custom palette box travels with the document, not in the settings.
   Settings s;
   SettingsDocument doc(s, kDelaysInHundredths);
   EXPECT_FALSE(doc.custom_palette());
-  ASSERT_EQ(LoadBody(s, Line(14, "CHKBOX", "1"), &doc), DocumentStatus::kLoaded);
+  ASSERT_EQ(ReadDocument(std::string(kDocumentHeader) + "\r\n" + Line(14, "CHKBOX", "1"), doc),
+            DocumentStatus::kLoaded);
   EXPECT_TRUE(doc.custom_palette());
   EXPECT_EQ(s, Settings());
   EXPECT_EQ(FormatControlLine(*doc.FindControl(14)), "CHKBOX14=1");
 }
 
-TEST(SettingsDocument, IgnoresNumberZeroUnknownNumbersAndForeignTags) {
+// Each line is read as its control would take the value: spins clamped to
+// their range, lists without such an item unselected, checks on when not 0,
+// colours as unsigned numbers; lines of no control or a foreign tag ignored.
+TEST(SettingsDocument, LinesAreTakenAsTheirControlsWouldTakeThem) {
   const StyleEntry& gridlock = *FindStyle("Gridlock");
-  int frames = FindPageControlByKey(gridlock, "Frames")->id;
-  int colour1 = FindPageControlByKey(gridlock, "FillColor1")->id;
-  Settings s;
-  std::string body = Line(0, "SPNBTN", "9") + "SPNBTNabc=9\r\n" + Line(frames, "CHKBOX", "1") +
-                     Line(colour1, "FILLBT", "00FF00FF") + Line(270, "FOUNTN", "00") +
-                     Line(9999, "SPNBTN", "9") + "SPNBTN11\r\n";
-  EXPECT_EQ(LoadBody(s, body), DocumentStatus::kLoaded);
-  EXPECT_EQ(s, Settings());
-}
-
-TEST(SettingsDocument, LoadsTheKnownLinesOfALargerDocument) {
-  const StyleEntry& gridlock = *FindStyle("Gridlock");
-  int frames = FindPageControlByKey(gridlock, "Frames")->id;
-  Settings s;
-  std::string body = Line(9998, "SPNBTN", "5") + Line(frames, "SPNBTN", "99") +
-                     Line(9999, "TXTFLD", "from a later version") + "SPNBTN11==  12\r\n";
-  EXPECT_EQ(LoadBody(s, body), DocumentStatus::kLoaded);
-  EXPECT_EQ(s.StyleNumber(gridlock.number, "Frames"), 99);
-  EXPECT_EQ(s.Number(Key::MainDelay), 12);
-}
-
-TEST(SettingsDocument, NumbersOutsideTheSpinRangeAreStoredClamped) {
-  const StyleEntry& gridlock = *FindStyle("Gridlock");
-  int frames = FindPageControlByKey(gridlock, "Frames")->id;  // "2,32760,64"
-  Settings s;
-  LoadBody(s, Line(11, "SPNBTN", "99") + Line(frames, "SPNBTN", "1"));
-  EXPECT_EQ(s.Number(Key::MainDelay), 25);
-  EXPECT_EQ(s.StyleNumber(gridlock.number, "Frames"), 2);
-  LoadBody(s, Line(frames, "SPNBTN", "-7") + Line(11, "SPNBTN", "many"));
-  EXPECT_EQ(s.StyleNumber(gridlock.number, "Frames"), 2);
-  EXPECT_EQ(s.Number(Key::MainDelay), 1);
-  LoadBody(s, Line(frames, "SPNBTN", "99999999999999"));
-  EXPECT_EQ(s.StyleNumber(gridlock.number, "Frames"), 32760);
-
-  // The wider range of a host without capability bit 0.
+  const int frames = FindPageControlByKey(gridlock, "Frames")->id;  // "2,32760,64"
+  const int colour1 = FindPageControlByKey(gridlock, "FillColor1")->id;
+  const int ring1 = FindPageControlByKey(*FindStyle("Iris"), "Style1")->id;  // eight patterns
+  struct Case {
+    std::string body;
+    std::vector<std::pair<const char*, int32_t>> changed;  // every other setting keeps its default
+  };
+  const Case cases[] = {
+      {Line(0, "SPNBTN", "9") + "SPNBTNabc=9\r\n" + Line(frames, "CHKBOX", "1") +
+           Line(colour1, "FILLBT", "00FF00FF") + Line(270, "FOUNTN", "00") + Line(9999, "SPNBTN", "9") +
+           "SPNBTN11\r\n",
+       {}},
+      {Line(9998, "SPNBTN", "5") + Line(frames, "SPNBTN", "99") + Line(9999, "TXTFLD", "from a later version") +
+           "SPNBTN11==  12\r\n",
+       {{"Style016Frames", 99}, {"MainDelay", 12}}},
+      {Line(11, "SPNBTN", "99") + Line(frames, "SPNBTN", "1"), {{"MainDelay", 25}, {"Style016Frames", 2}}},
+      {Line(frames, "SPNBTN", "-7") + Line(11, "SPNBTN", "many"), {{"Style016Frames", 2}, {"MainDelay", 1}}},
+      {Line(frames, "SPNBTN", "99999999999999"), {{"Style016Frames", 32760}}},
+      {Line(13, "CMBBOX", "8") + Line(58, "CMBBOX", "20") + Line(ring1, "CMBBOX", "7") +
+           Line(15, "CHKBOX", "2") + Line(20, "CHKBOX", "no") + Line(4605, "CLRBTN", "-1") +
+           Line(4611, "CLRBTN", "99999999999"),
+       {{"MainPalette", 8}, {"MainEffect", -1}, {"Style003Style1", 7}, {"MainDither", 1},
+        {"AddDescriptiveCommentBlock", 0}, {"Style016Background", -1}, {"Style016FillColor1", -1}}},
+      {Line(ring1, "CMBBOX", "8"), {{"Style003Style1", -1}}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.body);
+    Settings s, want;
+    for (auto [key, value] : c.changed) want.SetNumberAt(FindConfigKey(key), value);
+    SettingsDocument doc(s, kDelaysInHundredths);
+    EXPECT_EQ(ReadDocument(std::string(kDocumentHeader) + "\r\n" + c.body, doc), DocumentStatus::kLoaded);
+    EXPECT_EQ(s, want);
+  }
+  // A host without capability bit 0 counts delays in tenths: a wider range.
   EXPECT_EQ(DelaySpinText(0), "1,250,40");
   EXPECT_EQ(DelaySpinText(kDelaysInHundredths | 2), "1,25,4");
   Settings wide;
   SettingsDocument doc(wide, 0);
-  LoadBody(wide, Line(11, "SPNBTN", "99"), &doc);
+  ReadDocument(std::string(kDocumentHeader) + "\r\n" + Line(11, "SPNBTN", "99"), doc);
   EXPECT_EQ(wide.Number(Key::MainDelay), 99);
 }
 
@@ -213,36 +166,16 @@ TEST(SettingsDocument, SavedValuesAreWhatTheControlsWouldShow) {
   EXPECT_EQ(FormatControlLine(*doc.FindControl(58)), "CMBBOX58=-1");
   EXPECT_EQ(FormatControlLine(*doc.FindControl(15)), "CHKBOX15=1");
   EXPECT_EQ(FormatControlLine(*doc.FindControl(4605)), "CLRBTN4605=4294967295");
-}
-
-TEST(SettingsDocument, ListsChecksAndColoursTakeValuesAsTheirControlsWould) {
-  const StyleEntry& iris = *FindStyle("Iris");
-  int ring1 = FindPageControlByKey(iris, "Style1")->id;  // eight patterns
-  Settings s;
-  LoadBody(s, Line(13, "CMBBOX", "8") + Line(58, "CMBBOX", "20") + Line(ring1, "CMBBOX", "7") +
-                  Line(15, "CHKBOX", "2") + Line(20, "CHKBOX", "no") +
-                  Line(4605, "CLRBTN", "-1") + Line(4611, "CLRBTN", "99999999999"));
-  EXPECT_EQ(s.Number(Key::MainPalette), 8);
-  EXPECT_EQ(s.Number(Key::MainEffect), -1);
-  EXPECT_EQ(s.StyleNumber(iris.number, "Style1"), 7);
-  EXPECT_EQ(s.Number(Key::MainDither), 1);
-  EXPECT_EQ(s.Number(Key::AddDescriptiveCommentBlock), 0);
-  EXPECT_EQ(s.StyleNumber(16, "Background"), -1);
-  EXPECT_EQ(static_cast<uint32_t>(s.StyleNumber(16, "FillColor1")), 0xFFFFFFFFu);
-  LoadBody(s, Line(ring1, "CMBBOX", "8"));
-  EXPECT_EQ(s.StyleNumber(iris.number, "Style1"), -1);
+  EXPECT_EQ(doc.FindControl(0), nullptr);
 }
 
 TEST(SettingsDocument, DamagedFileReportsExactlyAndChangesNoSetting) {
-  fs::path path = fs::temp_directory_path() / ("tess-damaged-" + std::to_string(std::random_device{}()) + ".TS1");
-  {
-    std::ofstream out(path, std::ios::binary);
-    out << ";This is a document created by Tessarine #1 Plugin - do not edit.\r\nSPNBTN11=9\r\n";
-  }
+  testing::TempFolder dir;
+  std::string text = ";This is a document created by Tessarine #1 Plugin - do not edit.\r\nSPNBTN11=9\r\n";
+  testing::WriteBytes(dir / "damaged.TS1", std::vector<uint8_t>(text.begin(), text.end()));
   Settings s = ChangedSettings();
   RecordingReporter reporter;
-  EXPECT_FALSE(LoadDocumentIntoSettings(path.string(), s, kDelaysInHundredths, reporter));
-  fs::remove(path);
+  EXPECT_FALSE(LoadDocumentIntoSettings(dir / "damaged.TS1", s, kDelaysInHundredths, reporter));
   EXPECT_EQ(reporter.messages, std::vector<std::string>{"This file has been damaged."});
   EXPECT_EQ(s, ChangedSettings());
 }

@@ -1,63 +1,61 @@
+// The style table as data: look-ups agree with the table, the list order
+// holds, every page is well formed (ids, spin texts, numbering, layout), and
+// every entry previews and builds the same frames.
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
 #include <string_view>
 
+#include "output/frame_list.h"
 #include "shell/settings.h"
 #include "styles/page_layout.h"
+#include "styles/settings_reader.h"
 #include "styles/style_table.h"
+#include "tests/styles/map_reader.h"
+#include "tests/support/test_support.h"
 
 namespace tess {
 namespace {
 
-using page::kPageHeight;
-using page::kPageWidth;
-
-// The list index is what MainEffect stores, and the number names the keys:
-// neither may move.
-TEST(StyleTable, OrderNamesAndNumbersArePinned) {
-  const std::pair<const char*, int> expected[kStyleCount] = {
-      {"Atmosphere", 11}, {"Bubbles", 0},          {"Carpet", 13},
-      {"Cubist", 2},      {"Fountain", 4},         {"Gridlock", 16},
-      {"Gumdrops", 7},    {"Hyperspace", 1},       {"Iris", 3},
-      {"Machine", 12},    {"Mural", 8},            {"Neural Network", 18},
-      {"Particles", 17},  {"Phasers on Stun", 10}, {"Skip Intro", 14},
-      {"Shaped Fountain", 6}, {"Snow", 15},        {"Solid", 5},
-      {"Wavelet", 19},    {"White Noise", 9},
-  };
+// Saved MainEffect values are list indices: the list is alphabetical but for
+// "Skip Intro" standing before "Shaped Fountain", and numbers 0..19 appear once.
+TEST(StyleTable, OrderNumbersAndLookupsAgree) {
   std::span<const StyleEntry> table = StyleTable();
-  ASSERT_EQ(table.size(), size_t{kStyleCount});
   static_assert(kStyleCount == kStyleNumberCount, "one style table entry per StyleNNN key group");
+  ASSERT_EQ(table.size(), size_t{kStyleCount});
+  std::set<int> numbers;
   for (int i = 0; i < kStyleCount; ++i) {
-    EXPECT_STREQ(table[i].name, expected[i].first) << "index " << i;
-    EXPECT_EQ(table[i].number, expected[i].second) << table[i].name;
-    EXPECT_EQ(StyleListIndex(table[i]), i);
-    EXPECT_EQ(StyleByNumber(table[i].number), &table[i]);
+    const StyleEntry& style = table[static_cast<size_t>(i)];
+    SCOPED_TRACE(style.name);
+    std::string_view previous = i > 0 ? table[static_cast<size_t>(i) - 1].name : "";
+    EXPECT_TRUE(previous < style.name || previous == "Skip Intro") << previous;
+    EXPECT_TRUE(numbers.insert(style.number).second);
+    EXPECT_EQ(StyleListIndex(style), i);
+    EXPECT_EQ(StyleByNumber(style.number), &style);
+    EXPECT_EQ(FindStyle(style.name), &style);
+    EXPECT_FALSE(style.page.empty());
   }
+  EXPECT_EQ(*numbers.rbegin(), kStyleCount - 1);
+  EXPECT_STREQ(table[14].name, "Skip Intro");
+  EXPECT_EQ(FindStyle("neural network"), &table[11]);
+  EXPECT_EQ(FindStyle("Skip"), nullptr);
   EXPECT_EQ(StyleByNumber(20), nullptr);
 }
 
-TEST(StyleTable, FindsStylesAndControlsByName) {
-  EXPECT_EQ(FindStyle("neural network"), &StyleTable()[11]);
-  EXPECT_EQ(FindStyle("SKIP INTRO"), &StyleTable()[14]);
-  EXPECT_EQ(FindStyle("Skip"), nullptr);
-  EXPECT_EQ(FindStyle(""), nullptr);
-
+TEST(StyleTable, FindsControlsByKeyAndId) {
   const StyleEntry& gridlock = *FindStyle("Gridlock");
   const PageControl* glare = FindPageControlByKey(gridlock, "glare");
   ASSERT_NE(glare, nullptr);
-  EXPECT_STREQ(glare->key, "Glare");
   EXPECT_EQ(FindPageControlByKey(gridlock, "Glar"), nullptr);
   EXPECT_EQ(SettingKey(gridlock.number, *glare), "Style016Glare");
-  EXPECT_EQ(SettingKey(0, "Frames"), "Style000Frames");
-
   PageControlRef ref = FindPageControl(glare->id);
   EXPECT_EQ(ref.style, &gridlock);
   EXPECT_EQ(ref.control, glare);
-  ref = FindPageControl(306);
+  ref = FindPageControl(306);  // a built-in fountain: stored by its control, not a key
   ASSERT_NE(ref.style, nullptr);
   EXPECT_STREQ(ref.style->name, "Shaped Fountain");
   EXPECT_EQ(SettingKey(ref.style->number, *ref.control), "");
@@ -76,26 +74,19 @@ TEST(StylePages, IdsLieInTheirStyleRangeAndAreUniqueAcrossTheTable) {
   std::map<int, std::string> owner;
   for (const StyleEntry& style : StyleTable()) {
     for (const PageControl& c : style.page) {
+      SCOPED_TRACE(std::string(style.name) + " " + c.label);
       if (IsBuiltInFountain(c.id)) {
-        EXPECT_EQ(c.kind, ControlKind::kFountain) << style.name << " " << c.id;
+        EXPECT_EQ(c.kind, ControlKind::kFountain);
       } else {
-        EXPECT_GE(c.id, PageControlId(style.number, 1)) << style.name << " " << c.label;
-        EXPECT_LE(c.id, PageControlId(style.number, 99)) << style.name << " " << c.label;
+        EXPECT_GE(c.id, PageControlId(style.number, 1));
+        EXPECT_LE(c.id, PageControlId(style.number, 99));
       }
       auto [it, fresh] = owner.emplace(c.id, style.name);
-      EXPECT_TRUE(fresh) << "id " << c.id << " on " << style.name << " and " << it->second;
+      EXPECT_TRUE(fresh) << "id " << c.id << " also on " << it->second;
     }
   }
   // A first run loads each built-in fountain into the button with its number.
   for (int fixed : page::kBuiltInFountainIds) EXPECT_EQ(owner.count(fixed), 1u) << fixed;
-}
-
-// Until their effects land, only Bubbles and Phasers on Stun may lack a page.
-TEST(StylePages, OnlyTheTwoPendingEffectsHaveEmptyPages) {
-  for (const StyleEntry& style : StyleTable())
-    if (style.page.empty()) {
-      EXPECT_TRUE(style.number == 0 || style.number == 10) << style.name;
-    }
 }
 
 // Strict form of the spin text: the page's own reading falls back to 0..100
@@ -107,32 +98,9 @@ bool ParsesStrictly(const char* text, SpinRange& out) {
   return text[consumed] == '\0';
 }
 
-TEST(StylePages, SpinTextsParseWithTheirDefaultInRange) {
-  for (const StyleEntry& style : StyleTable()) {
-    for (const PageControl& c : style.page) {
-      SCOPED_TRACE(std::string(style.name) + " " + c.label);
-      if (c.kind == ControlKind::kSpin || c.kind == ControlKind::kPicker) {
-        SpinRange r;
-        ASSERT_TRUE(ParsesStrictly(c.spin, r)) << (c.spin ? c.spin : "(null)");
-        EXPECT_LE(r.min, r.def);
-        EXPECT_LE(r.def, r.max);
-        if (c.kind == ControlKind::kPicker) {
-          EXPECT_EQ(r.min, 0);
-          EXPECT_TRUE(r.max == 3 || r.max == page::kTwoWayPickerMax);
-        }
-      } else if (c.kind == ControlKind::kDropDown) {
-        ASSERT_NE(c.spin, nullptr);
-        std::string_view items = c.spin;
-        EXPECT_FALSE(items.empty() || items.front() == ';' || items.back() == ';' ||
-                     items.find(";;") != std::string_view::npos)
-            << items;
-      }
-    }
-  }
-}
-
-// The numbers front ends and effects share for the common parameters.
-TEST(StylePages, CommonParametersFollowTheNumberingRule) {
+// Spin texts parse with their default in range, and the parameters front
+// ends and effects share sit on their shared numbers with their kind.
+TEST(StylePages, SpinTextsAndSharedNumbersHold) {
   const std::map<std::string_view, int> common = {
       {"Frames", page::kFramesControl},     {"Width", page::kWidthControl},
       {"Depth", page::kDepthControl},       {"Seed", page::kSeedControl},
@@ -142,8 +110,21 @@ TEST(StylePages, CommonParametersFollowTheNumberingRule) {
   };
   for (const StyleEntry& style : StyleTable()) {
     for (const PageControl& c : style.page) {
+      SCOPED_TRACE(std::string(style.name) + " " + c.label);
+      if (c.kind == ControlKind::kSpin || c.kind == ControlKind::kPicker) {
+        SpinRange r;
+        ASSERT_TRUE(ParsesStrictly(c.spin, r)) << (c.spin ? c.spin : "(null)");
+        EXPECT_TRUE(r.min <= r.def && r.def <= r.max);
+        EXPECT_TRUE(c.kind != ControlKind::kPicker ||
+                    (r.min == 0 && (r.max == 3 || r.max == page::kTwoWayPickerMax)));
+      } else if (c.kind == ControlKind::kDropDown) {
+        ASSERT_NE(c.spin, nullptr);
+        std::string_view items = c.spin;
+        EXPECT_FALSE(items.empty() || items.front() == ';' || items.back() == ';' ||
+                     items.find(";;") != std::string_view::npos)
+            << items;
+      }
       if (!c.key) continue;
-      SCOPED_TRACE(std::string(style.name) + " " + c.key);
       std::string_view key = c.key;
       int n = c.id - PageControlId(style.number, 0);
       if (auto it = common.find(key); it != common.end()) {
@@ -157,24 +138,8 @@ TEST(StylePages, CommonParametersFollowTheNumberingRule) {
       } else {
         EXPECT_GE(n, page::kFirstOwnControl);
       }
-      if (key == "Background") {
-        EXPECT_EQ(c.kind, ControlKind::kColourButton);
-      }
+      EXPECT_TRUE(key != "Background" || c.kind == ControlKind::kColourButton);
     }
-  }
-}
-
-TEST(StylePages, SeedDefaultsFollowTheirStyle) {
-  for (const StyleEntry& style : StyleTable()) {
-    const PageControl* seed = FindPageControlByKey(style, "Seed");
-    if (!seed) continue;
-    int expected = 1000 + style.number;
-    if (style.number == 7) expected = 12329;
-    if (style.number == 9 || style.number == 11 || style.number == 13) expected = 10000;
-    SpinRange r = ParseSpinText(seed->spin);
-    EXPECT_EQ(r.min, 100) << style.name;
-    EXPECT_EQ(r.max, 32760) << style.name;
-    EXPECT_EQ(r.def, expected) << style.name;
   }
 }
 
@@ -200,7 +165,7 @@ TEST(StylePages, ControlsAndLabelsFitThePageWithoutOverlapping) {
     }
     for (size_t i = 0; i < boxes.size(); ++i) {
       const Box& b = boxes[i].first;
-      EXPECT_TRUE(b.x0 >= 0 && b.y0 >= 0 && b.x1 <= kPageWidth && b.y1 <= kPageHeight)
+      EXPECT_TRUE(b.x0 >= 0 && b.y0 >= 0 && b.x1 <= page::kPageWidth && b.y1 <= page::kPageHeight)
           << style.name << " " << boxes[i].second;
       for (size_t j = i + 1; j < boxes.size(); ++j)
         EXPECT_FALSE(Overlap(b, boxes[j].first))
@@ -209,42 +174,51 @@ TEST(StylePages, ControlsAndLabelsFitThePageWithoutOverlapping) {
   }
 }
 
-class MapReader final : public ParamReader {
- public:
-  std::map<int, int32_t> values;
-  int32_t Spin(int id) const override { return Get(id); }
-  bool Checked(int id) const override { return Get(id) != 0; }
-  Colour ColourValue(int id) const override { return static_cast<Colour>(Get(id)); }
-  int32_t Selection(int id) const override { return Get(id); }
-
- private:
-  int32_t Get(int id) const {
-    auto it = values.find(id);
-    return it == values.end() ? 0 : it->second;
-  }
-};
-
-TEST(StyleEntries, BackgroundQueryAnswersForPagesWithABackgroundButton) {
+// Every effect that renders: the preview is the build's first frame whatever
+// the generator held before (each reseeds), and the build hands on every
+// frame, as the record renders it, with the delay and a progress report.
+TEST(StyleEntries, PreviewIsTheBuildsFirstFrameAndTheBuildRendersEveryFrame) {
+  bool reporting = false;  // every other build without a progress callback
   for (const StyleEntry& style : StyleTable()) {
-    if (style.page.empty()) continue;
+    if (!style.init) continue;
+    reporting = !reporting;
     SCOPED_TRACE(style.name);
-    ASSERT_NE(style.background, nullptr);
-    MapReader reader;
-    int id = PageControlId(style.number, page::kBackgroundControl);
-    reader.values[id] = 0x123456;
-    if (FindPageControlByKey(style, "Background")) {
-      EXPECT_EQ(style.background(reader, 0), 0x123456u);
-    } else {
-      EXPECT_EQ(style.background(reader, 0), kNoColour);
+    Settings settings;
+    for (auto [key, value] : {std::pair{"Frames", 3}, {"Width", 37}, {"Depth", 29}})
+      settings.SetStyleNumber(style.number, key, value);
+    SettingsReader reader(settings, style);
+    Random random;
+    ImageBlock preview = StylePreview(style, reader, random);
+    random.Seed(12345);
+    FrameList frames;
+    int reports = 0;
+    std::function<void(int, int)> progress = [&](int, int) { ++reports; };
+    ASSERT_TRUE(StyleBuild(style, reader, random, 7, frames, reporting ? progress : nullptr));
+    ASSERT_EQ(frames.count(), 3);
+    EXPECT_EQ(reports, reporting ? 3 : 0);
+    EXPECT_EQ(testing::Pixels(frames[0].image), testing::Pixels(preview));
+    std::unique_ptr<StyleRecord> record = style.init(reader, random);
+    for (int k = 0; k < 3; ++k) {
+      EXPECT_EQ(frames[k].delay, 7);
+      EXPECT_EQ(testing::Pixels(frames[k].image), testing::Pixels(record->RenderFrame(k))) << k;
     }
-    EXPECT_EQ(style.background(reader, 1), kNoColour);
   }
 }
 
-TEST(StyleEntries, EffectsWithoutARendererGiveNoImage) {
+TEST(StyleEntries, BackgroundQueryAnswersForPagesWithABackgroundButton) {
+  for (const StyleEntry& style : StyleTable()) {
+    SCOPED_TRACE(style.name);
+    ASSERT_NE(style.background, nullptr);
+    testing::MapReader reader;
+    reader.values[PageControlId(style.number, page::kBackgroundControl)] = 0x123456;
+    bool has_button = FindPageControlByKey(style, "Background") != nullptr;
+    EXPECT_EQ(style.background(reader, 0), has_button ? 0x123456u : kNoColour);
+    EXPECT_EQ(style.background(reader, 1), kNoColour);
+  }
+  // An effect without a renderer gives no preview.
   const StyleEntry& iris = *FindStyle("Iris");
   ASSERT_EQ(iris.init, nullptr);
-  MapReader reader;
+  testing::MapReader reader;
   Random random;
   EXPECT_FALSE(StylePreview(iris, reader, random));
 }

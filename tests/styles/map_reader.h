@@ -1,0 +1,26 @@
+// A page reader over a plain map from control id to value, for tests that
+// need a page without settings behind it. Unknown ids read as 0.
+#pragma once
+
+#include <map>
+
+#include "styles/style.h"
+
+namespace tess::testing {
+
+class MapReader final : public ParamReader {
+ public:
+  std::map<int, int32_t> values;
+  int32_t Spin(int id) const override { return Get(id); }
+  bool Checked(int id) const override { return Get(id) != 0; }
+  Colour ColourValue(int id) const override { return static_cast<Colour>(Get(id)); }
+  int32_t Selection(int id) const override { return Get(id); }
+
+ private:
+  int32_t Get(int id) const {
+    auto it = values.find(id);
+    return it == values.end() ? 0 : it->second;
+  }
+};
+
+}  // namespace tess::testing
