@@ -2,15 +2,19 @@
 // reduction. The tree's shape, its node count and limit, its reduction passes
 // and its assignment order are those of the classic octree quantizer, and the
 // palettes are bit for bit those of a literal pointer-node version (the tests
-// keep one). Three things are done differently, for speed:
+// keep one). Three things are done differently, for speed and memory:
 //
-// 1. The tree is implicit. A node of level L is a cell of an 8^L grid,
+// 1. There are no node objects. A node of level L is a cell of an 8^L grid,
 //    numbered by interleaving the top L bits of red, green and blue, so its
-//    children are cells 8p..8p+7 and its child number is its low three bits.
-//    While classifying only the deepest level holds pixels, in one array
-//    indexed by cell; the upper levels are byte flags that keep the node
-//    count. Allocation is rarer still than with blocks of 1536 nodes, and
-//    similar colours sit close together in memory.
+//    parent is cell >> 3 and its child number is its low three bits. While
+//    classifying only the deepest level holds pixels, in a LeafTable: a hash
+//    table keyed by cell that doubles as colours arrive and, once it would be
+//    as large as the level, becomes the plain array indexed by cell. So its
+//    memory follows the number of leaves actually present, and is never more
+//    than the dense array's. The upper levels are byte flags (37 KB at most)
+//    that keep the node count. Reduction works on a compact tree built once
+//    from the leaves sorted by cell: per level, the nodes in cell order, the
+//    children of a node one contiguous run of the level below.
 // 2. A node's quantize error (the weighted sum of squared distances of the
 //    pixels through it to its cell midpoint) is derived once from the sums of
 //    its subtree, E = S2 - 2 (mr Sr + mg Sg + mb Sb) + (mr² + mg² + mb²) W,
@@ -30,6 +34,7 @@
 #include "output/quantize.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <limits>
 
@@ -39,18 +44,17 @@
 namespace tess {
 namespace {
 
-// The deepest tree AdaptivePalette asks for (256 colours); the cell arrays
-// are sized for it.
+// The deepest tree AdaptivePalette asks for (256 colours); the per-level
+// arrays are sized for it.
 constexpr int kMaxDepth = 6;
 static_assert(OctreeDepth(256) == kMaxDepth && OctreeDepth(1) >= 2);
 
 constexpr uint32_t Cells(int level) { return uint32_t{1} << (3 * level); }
 
-// Reduction replay states of a node.
+// Reduction replay states of a node; 0 until the replay reaches it.
 constexpr uint8_t kCounted = 1;  // counts as a colour in the current pass
 constexpr uint8_t kOut = 2;      // its error is at or below the threshold
 constexpr uint8_t kMerged = 4;   // merged into its parent
-constexpr uint8_t kExists = 8;   // the cell is a node of the tree
 
 // Pixel sums of one cell; weights are run lengths. Trivial, so arrays of it
 // come zeroed from AllocBuffer.
@@ -132,54 +136,167 @@ class DistinctColours {
   int m_count;
 };
 
-// A node's error as an integer: errors are multiples of 0.25 below 2^51 (see
-// the top of the file) and never negative, so error * 4 converts exactly and
-// sorts as the error does.
+// An item of a radix sort: a node with its error as an integer, or, while the
+// leaves are put in cell order, a table slot with its cell. Errors are
+// multiples of 0.25 below 2^51 (see the top of the file) and never negative,
+// so error * 4 converts exactly and sorts as the error does.
 struct Ranked {
-  uint64_t quarters;
-  uint32_t node;  // level << 24 | cell
-  double error() const { return static_cast<double>(quarters) * 0.25; }
+  uint64_t key;
+  uint32_t node;    // level << 24 | index in the level; or a slot
+  uint32_t parent;  // index of the node's parent in its level
+  double error() const { return static_cast<double>(key) * 0.25; }
 };
 
-// Least significant digit first radix sort by error, 11 bits a pass. False
-// when memory is short.
-bool SortByError(Ranked* items, size_t n) {
+// Least significant digit first radix sort by key, 11 bits a pass; stable.
+// False when memory is short.
+bool SortByKey(Ranked* items, size_t n) {
   constexpr int kDigitBits = 11;
   constexpr uint64_t kMask = (1u << kDigitBits) - 1;
   Buffer<Ranked> spare = AllocBuffer<Ranked>(n);
   Buffer<uint32_t> start = AllocBuffer<uint32_t>(kMask + 2);
   if (!spare || !start) return false;
   uint64_t largest = 0;
-  for (size_t i = 0; i < n; ++i) largest = std::max(largest, items[i].quarters);
+  for (size_t i = 0; i < n; ++i) largest = std::max(largest, items[i].key);
   Ranked* from = items;
   Ranked* to = spare.get();
   for (int shift = 0; shift < 64 && (largest >> shift) != 0; shift += kDigitBits) {
     std::fill(start.get(), start.get() + kMask + 2, 0u);
-    for (size_t i = 0; i < n; ++i) ++start[((from[i].quarters >> shift) & kMask) + 1];
+    for (size_t i = 0; i < n; ++i) ++start[((from[i].key >> shift) & kMask) + 1];
     for (uint64_t d = 0; d <= kMask; ++d) start[d + 1] += start[d];
-    for (size_t i = 0; i < n; ++i) to[start[(from[i].quarters >> shift) & kMask]++] = from[i];
+    for (size_t i = 0; i < n; ++i) to[start[(from[i].key >> shift) & kMask]++] = from[i];
     std::swap(from, to);
   }
   if (from != items) std::copy(from, from + n, items);
   return true;
 }
 
+// The sums of the cells of one level that hold pixels. Open addressing with
+// linear probing, at most half full, doubling as cells arrive; when doubling
+// would reach the number of cells of the level it becomes the plain array
+// indexed by cell instead (no keys, no probing), so a table never costs more
+// than that array. A slot is in use when its pixel count is not zero.
+class LeafTable {
+ public:
+  // An empty table for a level of `cells` cells. False when memory is short.
+  bool Init(uint32_t cells) { return Rebuild(cells, kFirstSlots, 0); }
+  // The sums of `cell`, taken into the table when new (`*added` then says
+  // so, and the caller must give it pixels). Null when memory is short.
+  CellSums* Add(uint32_t cell, bool* added) {
+    uint32_t slot = Place(cell);
+    *added = m_sums[slot].pixels == 0;
+    if (!*added) return &m_sums[slot];
+    if (m_keys && 2 * (m_size + 1) > m_capacity) {
+      if (!Rebuild(m_cells, 2 * m_capacity, 0)) return nullptr;
+      slot = Place(cell);
+    }
+    if (m_keys) m_keys[slot] = cell + 1;
+    ++m_size;
+    return &m_sums[slot];
+  }
+  // Merges each cell into its parent: the table then holds the level above.
+  // False when memory is short.
+  bool Coarsen() { return Rebuild(m_cells / 8, m_capacity, 3); }
+  // Hands over the sums of the cells in use, packed at the front in slot
+  // order; order[i] receives the cell of entry i and i. Leaves the table empty.
+  Buffer<CellSums> Pack(Ranked* order) {
+    uint32_t i = 0;
+    for (uint32_t slot = 0; slot < m_capacity; ++slot)
+      if (m_sums[slot].pixels != 0) order[i] = {CellAt(slot), i, 0}, m_sums[i++] = m_sums[slot];
+    Buffer<CellSums> sums = std::move(m_sums);
+    *this = LeafTable();
+    return sums;
+  }
+
+  uint32_t size() const { return m_size; }
+  uint32_t capacity() const { return m_capacity; }
+  bool dense() const { return !m_keys; }
+  uint32_t CellAt(uint32_t slot) const { return m_keys ? m_keys[slot] - 1 : slot; }
+  const CellSums& SumsAt(uint32_t slot) const { return m_sums[slot]; }
+
+ private:
+  static constexpr uint32_t kFirstSlots = 256;
+
+  // The slot that holds `cell`, or the free one it would take.
+  uint32_t Place(uint32_t cell) const {
+    if (!m_keys) return cell;
+    uint32_t slot = (cell * 0x9E3779B1u) >> m_hash_shift;
+    while (m_keys[slot] != 0 && m_keys[slot] != cell + 1) slot = (slot + 1) & (m_capacity - 1);
+    return slot;
+  }
+  // Moves every cell into a new table of `capacity` slots for a level of
+  // `cells` cells, as cell >> `shift`, merging those that meet.
+  bool Rebuild(uint32_t cells, uint32_t capacity, int shift);
+
+  uint32_t m_cells = 0;  // of the level held
+  uint32_t m_capacity = 0;
+  uint32_t m_size = 0;  // cells in use
+  int m_hash_shift = 0;
+  Buffer<uint32_t> m_keys;  // cell + 1, 0 when free; null once dense
+  Buffer<CellSums> m_sums;
+};
+
+bool LeafTable::Rebuild(uint32_t cells, uint32_t capacity, int shift) {
+  LeafTable next;
+  next.m_cells = cells;
+  next.m_capacity = std::min(capacity, cells);  // both powers of two
+  next.m_sums = AllocBuffer<CellSums>(next.m_capacity);
+  if (!next.m_sums) return false;
+  if (next.m_capacity < cells) {
+    next.m_keys = AllocBuffer<uint32_t>(next.m_capacity);
+    if (!next.m_keys) return false;
+    next.m_hash_shift = 32 - std::countr_zero(next.m_capacity);
+  }
+  // At most as many cells as here, in at least as many slots: never more
+  // than half full, so `next` does not grow while taking them.
+  for (uint32_t slot = 0; slot < m_capacity; ++slot) {
+    if (m_sums[slot].pixels == 0) continue;
+    bool added = false;
+    next.Add(CellAt(slot) >> shift, &added)->Add(m_sums[slot]);
+  }
+  *this = std::move(next);
+  return true;
+}
+
+// One level of the compact tree that reduction works on: its nodes in cell
+// order. The children of node i of the level above are nodes first[i] to
+// first[i + 1] - 1 of this one. Every node holds pixels.
+struct Level {
+  uint32_t count = 0;
+  Buffer<uint32_t> cell;
+  Buffer<CellSums> sums;
+  Buffer<uint32_t> first;  // count + 1 entries; none at the deepest level
+  // The reduction replay: kCounted, kOut and kMerged.
+  Buffer<uint8_t> state;
+
+  // The deepest level takes its sums from the LeafTable and has no children.
+  bool Allocate(uint32_t n, bool upper) {
+    count = n;
+    cell = AllocBuffer<uint32_t>(n);
+    state = AllocBuffer<uint8_t>(n);
+    if (upper) sums = AllocBuffer<CellSums>(n), first = AllocBuffer<uint32_t>(n + size_t{1});
+    return cell && state && (!upper || (sums && first));
+  }
+};
+
 class Octree {
  public:
   explicit Octree(int depth) : m_depth(std::min(depth, kMaxDepth)) {}
   bool Init();
-  void ClassifyRow(const uint8_t* bgr, int width);
-  // Sums the levels, computes the errors and replays the reduction. False
-  // when memory is short.
+  // False when memory is short.
+  bool ClassifyRow(const uint8_t* bgr, int width);
+  // Builds the compact tree, computes the errors and replays the reduction.
+  // False when memory is short.
   bool Reduce(int wanted);
   int Assign(uint8_t* rgb);
 
  private:
   void NoteNewLeaf(uint32_t cell);
-  void PruneLevel();
+  bool PruneLevel();
+  bool BuildLeafLevel();
+  bool BuildParentLevel(int level);
   bool FindLastThreshold(int wanted);
-  long MergeSubtree(int level, uint32_t cell);
-  void AssignNode(int level, uint32_t cell, uint8_t* rgb, int* made);
+  long MergeSubtree(int level, uint32_t index);
+  void AssignNode(int level, uint32_t index, uint8_t* rgb, int* made);
 
   int m_depth;
   long m_nodes = 1;  // the root
@@ -187,22 +304,19 @@ class Octree {
   // Errors of the cells the node limit merged away: the root's error still
   // counts what those pixels added on the way down.
   double m_retired_error = 0;
-  // m_sums[L]: sums of every cell of level L. Only the deepest level is kept
-  // while classifying; Reduce fills the others.
-  Buffer<CellSums> m_sums[kMaxDepth + 1];
+  // The deepest level while classifying; emptied into the compact tree.
+  LeafTable m_leaves;
   // m_exists[L]: 1 for the cells of levels 1 .. depth - 1 that are nodes.
   Buffer<uint8_t> m_exists[kMaxDepth];
+  // Levels 0 (the root) to depth of the compact tree.
+  Level m_level[kMaxDepth + 1];
   // Nodes with an error at or below this on their path are merged away.
   double m_threshold = -std::numeric_limits<double>::infinity();
-  // The reduction replay: per cell of levels 1..depth, kExists, kCounted,
-  // kOut and kMerged.
-  Buffer<uint8_t> m_state[kMaxDepth + 1];
   long m_counted = 0;
 };
 
 bool Octree::Init() {
-  m_sums[m_depth] = AllocBuffer<CellSums>(Cells(m_depth));
-  if (!m_sums[m_depth]) return false;
+  if (!m_leaves.Init(Cells(m_depth))) return false;
   for (int level = 1; level < m_depth; ++level) {
     m_exists[level] = AllocBuffer<uint8_t>(Cells(level));
     if (!m_exists[level]) return false;
@@ -224,77 +338,114 @@ void Octree::NoteNewLeaf(uint32_t cell) {
   }
 }
 
-void Octree::ClassifyRow(const uint8_t* bgr, int width) {
+bool Octree::ClassifyRow(const uint8_t* bgr, int width) {
   // A tree this large is coarsened before going on. Depth never drops below 2.
-  if (m_nodes > kOctreeMaxNodes && m_depth > 2) PruneLevel();
-  CellSums* leaves = m_sums[m_depth].get();
+  if (m_nodes > kOctreeMaxNodes && m_depth > 2 && !PruneLevel()) return false;
   const int shift = 3 * (8 - m_depth);
+  // Neighbouring runs often fall in one cell: it is looked up once.
+  uint32_t last = std::numeric_limits<uint32_t>::max();
+  CellSums* s = nullptr;
   for (int x = 0; x < width;) {
     const uint8_t* p = bgr + 3 * x;
     int run = 1;
     while (x + run < width && std::memcmp(p, p + 3 * run, 3) == 0) ++run;
     const uint32_t r = p[2], g = p[1], b = p[0];
     const uint32_t cell = (kMorton.red[r] | kMorton.green[g] | kMorton.blue[b]) >> shift;
-    CellSums& s = leaves[cell];
-    if (s.pixels == 0) NoteNewLeaf(cell);
+    if (cell != last) {
+      bool added = false;
+      if (!(s = m_leaves.Add(cell, &added))) return false;
+      if (added) NoteNewLeaf(cell);
+      last = cell;
+    }
     const uint64_t w = static_cast<uint64_t>(run);
-    s.pixels += w;
-    s.red += w * r;
-    s.green += w * g;
-    s.blue += w * b;
-    s.squares += w * (r * r + g * g + b * b);
+    s->pixels += w;
+    s->red += w * r;
+    s->green += w * g;
+    s->blue += w * b;
+    s->squares += w * (r * r + g * g + b * b);
     x += run;
   }
+  return true;
 }
 
-// Merges every deepest node into its parent, in place: cell p of the level
-// above takes cells 8p..8p+7, which lie at or after p, so nothing is
-// overwritten before it is read.
-void Octree::PruneLevel() {
-  CellSums* sums = m_sums[m_depth].get();
-  const size_t cells = Cells(m_depth);
-  for (size_t c = 0; c < cells; ++c)
-    if (sums[c].pixels > 0) {
-      m_retired_error += CellError(sums[c], m_depth, static_cast<uint32_t>(c));
-      --m_nodes;
-    }
-  for (size_t p = 0; p < cells / 8; ++p) {
-    CellSums merged{};
-    for (size_t id = 0; id < 8; ++id) merged.Add(sums[8 * p + id]);
-    sums[p] = merged;
+// Merges every deepest node into its parent.
+bool Octree::PruneLevel() {
+  for (uint32_t slot = 0; slot < m_leaves.capacity(); ++slot) {
+    const CellSums& s = m_leaves.SumsAt(slot);
+    if (s.pixels == 0) continue;
+    m_retired_error += CellError(s, m_depth, m_leaves.CellAt(slot));
+    --m_nodes;
   }
-  std::memset(sums + cells / 8, 0, (cells - cells / 8) * sizeof(CellSums));
-  m_sums[m_depth - 1] = std::move(m_sums[m_depth]);
   m_exists[m_depth - 1].reset();
   --m_depth;
+  return m_leaves.Coarsen();
 }
 
 bool Octree::Reduce(int wanted) {
-  for (int level = m_depth - 1; level >= 0; --level) {
-    m_sums[level] = AllocBuffer<CellSums>(Cells(level));
-    if (!m_sums[level]) return false;
-    for (size_t p = 0; p < Cells(level); ++p)
-      for (size_t id = 0; id < 8; ++id) m_sums[level][p].Add(m_sums[level + 1][8 * p + id]);
-  }
+  if (!BuildLeafLevel()) return false;
+  for (int level = m_depth - 1; level >= 0; --level)
+    if (!BuildParentLevel(level)) return false;
   return m_colours <= wanted || FindLastThreshold(wanted);
+}
+
+// The leaves in cell order. The table's sums become the level's own, packed
+// and then put in order in place (a dense table is in cell order already).
+bool Octree::BuildLeafLevel() {
+  const uint32_t n = m_leaves.size();
+  const bool sorted = m_leaves.dense();
+  Level& leaves = m_level[m_depth];
+  Buffer<Ranked> order = AllocBuffer<Ranked>(n);
+  if (!order || !leaves.Allocate(n, false)) return false;
+  leaves.sums = m_leaves.Pack(order.get());
+  if (!sorted && !SortByKey(order.get(), n)) return false;
+  for (uint32_t i = 0; i < n; ++i) leaves.cell[i] = static_cast<uint32_t>(order[i].key);
+  // Entry i takes the sums at order[i].node, one cycle of the permutation at
+  // a time; a moved entry points to itself.
+  for (uint32_t i = 0; i < n; ++i) {
+    if (order[i].node == i) continue;
+    const CellSums carried = leaves.sums[i];
+    uint32_t k = i;
+    for (uint32_t from = order[k].node; from != i; from = order[k].node)
+      leaves.sums[k] = leaves.sums[from], order[k].node = k, k = from;
+    leaves.sums[k] = carried, order[k].node = k;
+  }
+  return true;
+}
+
+// A node of `level` for each run of children of one parent cell.
+bool Octree::BuildParentLevel(int level) {
+  const Level& below = m_level[level + 1];
+  Level& here = m_level[level];
+  uint32_t n = 0;
+  for (uint32_t i = 0; i < below.count; ++i) n += i == 0 || below.cell[i] >> 3 != below.cell[i - 1] >> 3;
+  if (!here.Allocate(n, true)) return false;
+  uint32_t p = 0;
+  for (uint32_t i = 0; i < below.count; ++i) {
+    const uint32_t parent = below.cell[i] >> 3;
+    if (p == 0 || parent != here.cell[p - 1]) here.cell[p] = parent, here.first[p++] = i;
+    here.sums[p - 1].Add(below.sums[i]);
+  }
+  here.first[n] = below.count;
+  return true;
 }
 
 int Octree::Assign(uint8_t* rgb) {
   int made = 0;
-  AssignNode(0, 0, rgb, &made);
+  if (m_level[0].count != 0) AssignNode(0, 0, rgb, &made);
   return made;
 }
 
 // Children first, in child-number order, over the nodes the reduction keeps.
 // A kept node holds its own pixels and those of its merged children: its
 // subtree's sums less those of its kept children.
-void Octree::AssignNode(int level, uint32_t cell, uint8_t* rgb, int* made) {
-  CellSums own = m_sums[level][cell];
+void Octree::AssignNode(int level, uint32_t index, uint8_t* rgb, int* made) {
+  const Level& here = m_level[level];
+  CellSums own = here.sums[index];
   if (level < m_depth) {
-    for (uint32_t id = 0; id < 8; ++id) {
-      const uint32_t child = 8 * cell + id;
-      const CellSums& s = m_sums[level + 1][child];
-      if (s.pixels == 0 || CellError(s, level + 1, child) <= m_threshold) continue;
+    const Level& below = m_level[level + 1];
+    for (uint32_t child = here.first[index]; child < here.first[index + 1]; ++child) {
+      const CellSums& s = below.sums[child];
+      if (CellError(s, level + 1, below.cell[child]) <= m_threshold) continue;
       AssignNode(level + 1, child, rgb, made);
       own.pixels -= s.pixels, own.red -= s.red, own.green -= s.green, own.blue -= s.blue;
     }
@@ -327,33 +478,34 @@ void Octree::AssignNode(int level, uint32_t cell, uint8_t* rgb, int* made) {
 // when P passes it, its subtree is marked merged (each node once); next is
 // the first node past T not yet merged. All passes together cost one sort.
 bool Octree::FindLastThreshold(int wanted) {
-  const size_t n = static_cast<size_t>(m_nodes - 1);
+  size_t n = 0;
+  for (int level = 1; level <= m_depth; ++level) n += m_level[level].count;
   Buffer<Ranked> sorted = AllocBuffer<Ranked>(n);
   if (!sorted) return false;
-  for (int level = 1; level <= m_depth; ++level)
-    if (!(m_state[level] = AllocBuffer<uint8_t>(Cells(level)))) return false;
 
   // The root's error is the sum of all others plus the retired ones, as when
   // each pixel added to it on the way down.
   double root_error = m_retired_error;
   size_t count = 0;
-  for (int level = 1; level <= m_depth; ++level)
-    for (uint32_t c = 0; c < Cells(level); ++c) {
-      const CellSums& s = m_sums[level][c];
-      if (s.pixels == 0) continue;
-      const double error = CellError(s, level, c);
-      m_state[level][c] = kExists;
-      root_error += error;
-      sorted[count++] = {static_cast<uint64_t>(error * 4), static_cast<uint32_t>(level) << 24 | c};
-    }
-  if (!SortByError(sorted.get(), n)) return false;
+  for (int level = 1; level <= m_depth; ++level) {
+    const Level& above = m_level[level - 1];
+    const Level& here = m_level[level];
+    for (uint32_t p = 0; p < above.count; ++p)
+      for (uint32_t i = above.first[p]; i < above.first[p + 1]; ++i) {
+        const double error = CellError(here.sums[i], level, here.cell[i]);
+        root_error += error;
+        sorted[count++] = {static_cast<uint64_t>(error * 4), static_cast<uint32_t>(level) << 24 | i, p};
+      }
+  }
+  if (!SortByKey(sorted.get(), n)) return false;
 
   // Only the deepest nodes hold pixels of their own; the root never does.
-  for (uint32_t c = 0; c < Cells(m_depth); ++c)
-    if (m_state[m_depth][c] & kExists) m_state[m_depth][c] |= kCounted, ++m_counted;
+  Level& leaves = m_level[m_depth];
+  for (uint32_t i = 0; i < leaves.count; ++i) leaves.state[i] = kCounted;
+  m_counted = leaves.count;
   bool root_counted = false;
 
-  auto state_of = [this](uint32_t node) -> uint8_t& { return m_state[node >> 24][node & 0xFFFFFF]; };
+  auto state_of = [this](uint32_t node) -> uint8_t& { return m_level[node >> 24].state[node & 0xFFFFFF]; };
   size_t below_t = 0, below_p = 0, next_pointer = 0;
   double t = 0;
   for (;;) {
@@ -367,8 +519,8 @@ bool Octree::FindLastThreshold(int wanted) {
       if (level == 1) {
         root_counted = true;
       } else {
-        uint8_t& parent = m_state[level - 1][(node & 0xFFFFFF) >> 3];
-        if (parent == kExists) parent |= kCounted, ++m_counted;
+        uint8_t& parent = m_level[level - 1].state[sorted[below_t].parent];
+        if (parent == 0) parent = kCounted, ++m_counted;
       }
     }
     next_pointer = std::max(next_pointer, below_t);
@@ -393,15 +545,15 @@ bool Octree::FindLastThreshold(int wanted) {
 }
 
 // Marks a node and everything below it merged; returns how many were not yet.
-long Octree::MergeSubtree(int level, uint32_t cell) {
-  uint8_t& state = m_state[level][cell];
+long Octree::MergeSubtree(int level, uint32_t index) {
+  uint8_t& state = m_level[level].state[index];
   if (state & kMerged) return 0;  // and so is everything below it
   if (state & kCounted) --m_counted;
-  state = kExists | kOut | kMerged;
+  state = kOut | kMerged;
   long merged = 1;
   if (level < m_depth)
-    for (uint32_t id = 0; id < 8; ++id)
-      if (m_state[level + 1][8 * cell + id] & kExists) merged += MergeSubtree(level + 1, 8 * cell + id);
+    for (uint32_t child = m_level[level].first[index]; child < m_level[level].first[index + 1]; ++child)
+      merged += MergeSubtree(level + 1, child);
   return merged;
 }
 
@@ -435,7 +587,7 @@ bool ClassifyFrames(const FrameList& frames, Octree& tree) {
     Buffer<uint8_t> scratch = AllocBuffer<uint8_t>(3 * static_cast<size_t>(image.width()));
     if (!scratch) return false;
     for (int y = image.height() - 1; y >= 0; --y)  // stored order: bottom line first
-      tree.ClassifyRow(BgrRow(image, y, scratch.get()), image.width());
+      if (!tree.ClassifyRow(BgrRow(image, y, scratch.get()), image.width())) return false;
   }
   return true;
 }
