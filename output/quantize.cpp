@@ -7,14 +7,16 @@
 // 1. There are no node objects. A node of level L is a cell of an 8^L grid,
 //    numbered by interleaving the top L bits of red, green and blue, so its
 //    parent is cell >> 3 and its child number is its low three bits. While
-//    classifying only the deepest level holds pixels, in a LeafTable: a hash
-//    table keyed by cell that doubles as colours arrive and, once it would be
-//    as large as the level, becomes the plain array indexed by cell. So its
-//    memory follows the number of leaves actually present, and is never more
-//    than the dense array's. The upper levels are byte flags (37 KB at most)
-//    that keep the node count. Reduction works on a compact tree built once
-//    from the leaves sorted by cell: per level, the nodes in cell order, the
-//    children of a node one contiguous run of the level below.
+//    classifying only the deepest level holds pixels, in a LeafTable: pages
+//    of eight sibling cells, made as parents first get pixels and found by
+//    parent cell through a directory, until half of all parents have one and
+//    they move into one array of every cell. So memory follows the colours
+//    present (a few hundred KB for a rendered 128x128 frame) and is at most
+//    a little more than that one array (10.5 MB at depth 6). The upper levels
+//    are byte flags (37 KB at most) that keep the node count. Reduction works
+//    on a compact tree built once from the leaves in cell order: per level,
+//    the nodes in cell order, the children of a node a contiguous run of the
+//    level below.
 // 2. A node's quantize error (the weighted sum of squared distances of the
 //    pixels through it to its cell midpoint) is derived once from the sums of
 //    its subtree, E = S2 - 2 (mr Sr + mg Sg + mb Sb) + (mr² + mg² + mb²) W,
@@ -34,7 +36,6 @@
 #include "output/quantize.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 #include <limits>
 
@@ -136,125 +137,146 @@ class DistinctColours {
   int m_count;
 };
 
-// An item of a radix sort: a node with its error as an integer, or, while the
-// leaves are put in cell order, a table slot with its cell. Errors are
-// multiples of 0.25 below 2^51 (see the top of the file) and never negative,
-// so error * 4 converts exactly and sorts as the error does.
+// A node's error as an integer: errors are multiples of 0.25 below 2^51 (see
+// the top of the file) and never negative, so error * 4 converts exactly and
+// sorts as the error does.
 struct Ranked {
-  uint64_t key;
-  uint32_t node;    // level << 24 | index in the level; or a slot
+  uint64_t quarters;
+  uint32_t node;    // level << 24 | index in the level
   uint32_t parent;  // index of the node's parent in its level
-  double error() const { return static_cast<double>(key) * 0.25; }
+  double error() const { return static_cast<double>(quarters) * 0.25; }
 };
 
-// Least significant digit first radix sort by key, 11 bits a pass; stable.
-// False when memory is short.
-bool SortByKey(Ranked* items, size_t n) {
+// Least significant digit first radix sort by error, 11 bits a pass. False
+// when memory is short.
+bool SortByError(Ranked* items, size_t n) {
   constexpr int kDigitBits = 11;
   constexpr uint64_t kMask = (1u << kDigitBits) - 1;
   Buffer<Ranked> spare = AllocBuffer<Ranked>(n);
   Buffer<uint32_t> start = AllocBuffer<uint32_t>(kMask + 2);
   if (!spare || !start) return false;
   uint64_t largest = 0;
-  for (size_t i = 0; i < n; ++i) largest = std::max(largest, items[i].key);
+  for (size_t i = 0; i < n; ++i) largest = std::max(largest, items[i].quarters);
   Ranked* from = items;
   Ranked* to = spare.get();
   for (int shift = 0; shift < 64 && (largest >> shift) != 0; shift += kDigitBits) {
     std::fill(start.get(), start.get() + kMask + 2, 0u);
-    for (size_t i = 0; i < n; ++i) ++start[((from[i].key >> shift) & kMask) + 1];
+    for (size_t i = 0; i < n; ++i) ++start[((from[i].quarters >> shift) & kMask) + 1];
     for (uint64_t d = 0; d <= kMask; ++d) start[d + 1] += start[d];
-    for (size_t i = 0; i < n; ++i) to[start[(from[i].key >> shift) & kMask]++] = from[i];
+    for (size_t i = 0; i < n; ++i) to[start[(from[i].quarters >> shift) & kMask]++] = from[i];
     std::swap(from, to);
   }
   if (from != items) std::copy(from, from + n, items);
   return true;
 }
 
-// The sums of the cells of one level that hold pixels. Open addressing with
-// linear probing, at most half full, doubling as cells arrive; when doubling
-// would reach the number of cells of the level it becomes the plain array
-// indexed by cell instead (no keys, no probing), so a table never costs more
-// than that array. A slot is in use when its pixel count is not zero.
+// The pixel sums of the cells of one level, in pages of the eight children
+// of one parent cell (siblings, the colours most alike, side by side), found
+// by parent through a directory. A page is made when its parent first gets
+// pixels, in blocks made as needed, so memory follows the parents in use.
+// Past half of all parents, the pages move once into one array of every
+// cell, page p + 1 at parent p: what a dense level costs, and in cell order.
+// A cell is in use when its pixel count is not 0.
 class LeafTable {
  public:
-  // An empty table for a level of `cells` cells. False when memory is short.
-  bool Init(uint32_t cells) { return Rebuild(cells, kFirstSlots, 0); }
-  // The sums of `cell`, taken into the table when new (`*added` then says
-  // so, and the caller must give it pixels). Null when memory is short.
-  CellSums* Add(uint32_t cell, bool* added) {
-    uint32_t slot = Place(cell);
-    *added = m_sums[slot].pixels == 0;
-    if (!*added) return &m_sums[slot];
-    if (m_keys && 2 * (m_size + 1) > m_capacity) {
-      if (!Rebuild(m_cells, 2 * m_capacity, 0)) return nullptr;
-      slot = Place(cell);
+  // An empty table for a level of `cells` cells (64 to Cells(kMaxDepth)).
+  // False when memory is short.
+  bool Init(uint32_t cells) {
+    m_cells = cells;
+    m_page_of = AllocBuffer<uint32_t>(cells / 8);
+    return m_page_of != nullptr;
+  }
+  // The sums of `cell`, zero while it is not in use (the caller then gives
+  // it pixels). Valid until the next call; null when memory is short.
+  CellSums* Find(uint32_t cell) {
+    if (m_dense) return &m_dense[cell];  // as through the directory, a load sooner
+    if (m_page_of[cell >> 3] == 0 && !NewPage(cell >> 3)) return nullptr;
+    return Page(m_page_of[cell >> 3]) + (cell & 7);
+  }
+  // visit(cell, sums) for every cell in use, in cell order.
+  template <class Visit>
+  void ForEach(Visit visit) {
+    for (uint32_t parent = 0; parent < m_cells / 8; ++parent) {
+      if (m_page_of[parent] == 0) continue;
+      CellSums* page = Page(m_page_of[parent]);
+      for (uint32_t id = 0; id < 8; ++id)
+        if (page[id].pixels != 0) visit(8 * parent + id, page[id]);
     }
-    if (m_keys) m_keys[slot] = cell + 1;
-    ++m_size;
-    return &m_sums[slot];
   }
   // Merges each cell into its parent: the table then holds the level above.
   // False when memory is short.
-  bool Coarsen() { return Rebuild(m_cells / 8, m_capacity, 3); }
-  // Hands over the sums of the cells in use, packed at the front in slot
-  // order; order[i] receives the cell of entry i and i. Leaves the table empty.
-  Buffer<CellSums> Pack(Ranked* order) {
-    uint32_t i = 0;
-    for (uint32_t slot = 0; slot < m_capacity; ++slot)
-      if (m_sums[slot].pixels != 0) order[i] = {CellAt(slot), i, 0}, m_sums[i++] = m_sums[slot];
-    Buffer<CellSums> sums = std::move(m_sums);
-    *this = LeafTable();
-    return sums;
-  }
-
-  uint32_t size() const { return m_size; }
-  uint32_t capacity() const { return m_capacity; }
-  bool dense() const { return !m_keys; }
-  uint32_t CellAt(uint32_t slot) const { return m_keys ? m_keys[slot] - 1 : slot; }
-  const CellSums& SumsAt(uint32_t slot) const { return m_sums[slot]; }
+  bool Coarsen();
+  // The sums of the `n` cells in use, in cell order, with their cells in
+  // `cells`; the table is left empty. Null when memory is short.
+  Buffer<CellSums> Pack(uint32_t* cells, uint32_t n);
 
  private:
-  static constexpr uint32_t kFirstSlots = 256;
+  static constexpr uint32_t kBlockPages = 256;  // 80 KiB
 
-  // The slot that holds `cell`, or the free one it would take.
-  uint32_t Place(uint32_t cell) const {
-    if (!m_keys) return cell;
-    uint32_t slot = (cell * 0x9E3779B1u) >> m_hash_shift;
-    while (m_keys[slot] != 0 && m_keys[slot] != cell + 1) slot = (slot + 1) & (m_capacity - 1);
-    return slot;
+  // Half the parents: past this a dense level costs less than twice the pages.
+  uint32_t SparsePages() const { return m_cells / 16; }
+
+  // Page numbers count from 1: 0 in the directory means none.
+  CellSums* Page(uint32_t number) {
+    const uint32_t i = number - 1;
+    return m_dense ? &m_dense[8 * i] : &m_blocks[i / kBlockPages][8 * (i % kBlockPages)];
   }
-  // Moves every cell into a new table of `capacity` slots for a level of
-  // `cells` cells, as cell >> `shift`, merging those that meet.
-  bool Rebuild(uint32_t cells, uint32_t capacity, int shift);
+  bool NewPage(uint32_t parent);
+  bool MakeDense();
 
   uint32_t m_cells = 0;  // of the level held
-  uint32_t m_capacity = 0;
-  uint32_t m_size = 0;  // cells in use
-  int m_hash_shift = 0;
-  Buffer<uint32_t> m_keys;  // cell + 1, 0 when free; null once dense
-  Buffer<CellSums> m_sums;
+  uint32_t m_pages = 0;
+  Buffer<uint32_t> m_page_of;  // page number per parent cell
+  // Up to SparsePages() pages in blocks, then every page here.
+  Buffer<CellSums> m_blocks[Cells(kMaxDepth) / 16 / kBlockPages];
+  Buffer<CellSums> m_dense;
 };
 
-bool LeafTable::Rebuild(uint32_t cells, uint32_t capacity, int shift) {
-  LeafTable next;
-  next.m_cells = cells;
-  next.m_capacity = std::min(capacity, cells);  // both powers of two
-  next.m_sums = AllocBuffer<CellSums>(next.m_capacity);
-  if (!next.m_sums) return false;
-  if (next.m_capacity < cells) {
-    next.m_keys = AllocBuffer<uint32_t>(next.m_capacity);
-    if (!next.m_keys) return false;
-    next.m_hash_shift = 32 - std::countr_zero(next.m_capacity);
-  }
-  // At most as many cells as here, in at least as many slots: never more
-  // than half full, so `next` does not grow while taking them.
-  for (uint32_t slot = 0; slot < m_capacity; ++slot) {
-    if (m_sums[slot].pixels == 0) continue;
-    bool added = false;
-    next.Add(CellAt(slot) >> shift, &added)->Add(m_sums[slot]);
-  }
-  *this = std::move(next);
+bool LeafTable::NewPage(uint32_t parent) {
+  if (m_pages == SparsePages()) return MakeDense();
+  Buffer<CellSums>& block = m_blocks[m_pages / kBlockPages];
+  if (!block && !(block = AllocBuffer<CellSums>(8 * std::min(kBlockPages, SparsePages())))) return false;
+  m_page_of[parent] = ++m_pages;
   return true;
+}
+
+bool LeafTable::MakeDense() {
+  Buffer<CellSums> dense = AllocBuffer<CellSums>(m_cells);
+  if (!dense) return false;
+  for (uint32_t parent = 0; parent < m_cells / 8; ++parent) {
+    if (m_page_of[parent] != 0) std::copy_n(Page(m_page_of[parent]), 8, &dense[8 * parent]);
+    m_page_of[parent] = parent + 1;
+  }
+  for (Buffer<CellSums>& block : m_blocks) block.reset();
+  m_dense = std::move(dense);
+  m_pages = m_cells / 8;
+  return true;
+}
+
+bool LeafTable::Coarsen() {
+  LeafTable above;
+  if (!above.Init(m_cells / 8)) return false;
+  bool ok = true;
+  ForEach([&](uint32_t cell, const CellSums& s) {
+    CellSums* merged = ok ? above.Find(cell >> 3) : nullptr;
+    if (merged) merged->Add(s);
+    ok = merged != nullptr;
+  });
+  if (ok) *this = std::move(above);
+  return ok;
+}
+
+Buffer<CellSums> LeafTable::Pack(uint32_t* cells, uint32_t n) {
+  // A dense table packs in place: the i-th cell in use never lies before
+  // entry i.
+  Buffer<CellSums> sums;
+  if (!m_dense && !(sums = AllocBuffer<CellSums>(n))) return sums;
+  CellSums* to = m_dense ? m_dense.get() : sums.get();
+  uint32_t i = 0;
+  ForEach([&](uint32_t cell, const CellSums& s) { cells[i] = cell, to[i++] = s; });
+  if (m_dense) sums = std::move(m_dense);
+  *this = LeafTable();
+  return sums;
 }
 
 // One level of the compact tree that reduction works on: its nodes in cell
@@ -352,9 +374,8 @@ bool Octree::ClassifyRow(const uint8_t* bgr, int width) {
     const uint32_t r = p[2], g = p[1], b = p[0];
     const uint32_t cell = (kMorton.red[r] | kMorton.green[g] | kMorton.blue[b]) >> shift;
     if (cell != last) {
-      bool added = false;
-      if (!(s = m_leaves.Add(cell, &added))) return false;
-      if (added) NoteNewLeaf(cell);
+      if (!(s = m_leaves.Find(cell))) return false;
+      if (s->pixels == 0) NoteNewLeaf(cell);
       last = cell;
     }
     const uint64_t w = static_cast<uint64_t>(run);
@@ -370,12 +391,10 @@ bool Octree::ClassifyRow(const uint8_t* bgr, int width) {
 
 // Merges every deepest node into its parent.
 bool Octree::PruneLevel() {
-  for (uint32_t slot = 0; slot < m_leaves.capacity(); ++slot) {
-    const CellSums& s = m_leaves.SumsAt(slot);
-    if (s.pixels == 0) continue;
-    m_retired_error += CellError(s, m_depth, m_leaves.CellAt(slot));
+  m_leaves.ForEach([this](uint32_t cell, const CellSums& s) {
+    m_retired_error += CellError(s, m_depth, cell);
     --m_nodes;
-  }
+  });
   m_exists[m_depth - 1].reset();
   --m_depth;
   return m_leaves.Coarsen();
@@ -388,28 +407,13 @@ bool Octree::Reduce(int wanted) {
   return m_colours <= wanted || FindLastThreshold(wanted);
 }
 
-// The leaves in cell order. The table's sums become the level's own, packed
-// and then put in order in place (a dense table is in cell order already).
+// The leaves, in cell order as the table gives them.
 bool Octree::BuildLeafLevel() {
-  const uint32_t n = m_leaves.size();
-  const bool sorted = m_leaves.dense();
+  uint32_t n = 0;
+  m_leaves.ForEach([&n](uint32_t, const CellSums&) { ++n; });
   Level& leaves = m_level[m_depth];
-  Buffer<Ranked> order = AllocBuffer<Ranked>(n);
-  if (!order || !leaves.Allocate(n, false)) return false;
-  leaves.sums = m_leaves.Pack(order.get());
-  if (!sorted && !SortByKey(order.get(), n)) return false;
-  for (uint32_t i = 0; i < n; ++i) leaves.cell[i] = static_cast<uint32_t>(order[i].key);
-  // Entry i takes the sums at order[i].node, one cycle of the permutation at
-  // a time; a moved entry points to itself.
-  for (uint32_t i = 0; i < n; ++i) {
-    if (order[i].node == i) continue;
-    const CellSums carried = leaves.sums[i];
-    uint32_t k = i;
-    for (uint32_t from = order[k].node; from != i; from = order[k].node)
-      leaves.sums[k] = leaves.sums[from], order[k].node = k, k = from;
-    leaves.sums[k] = carried, order[k].node = k;
-  }
-  return true;
+  if (!leaves.Allocate(n, false)) return false;
+  return (leaves.sums = m_leaves.Pack(leaves.cell.get(), n)) != nullptr;
 }
 
 // A node of `level` for each run of children of one parent cell.
@@ -497,7 +501,7 @@ bool Octree::FindLastThreshold(int wanted) {
         sorted[count++] = {static_cast<uint64_t>(error * 4), static_cast<uint32_t>(level) << 24 | i, p};
       }
   }
-  if (!SortByKey(sorted.get(), n)) return false;
+  if (!SortByError(sorted.get(), n)) return false;
 
   // Only the deepest nodes hold pixels of their own; the root never does.
   Level& leaves = m_level[m_depth];
