@@ -332,8 +332,6 @@ class Octree {
   Buffer<uint8_t> m_exists[kMaxDepth];
   // Levels 0 (the root) to depth of the compact tree.
   Level m_level[kMaxDepth + 1];
-  // Nodes with an error at or below this on their path are merged away.
-  double m_threshold = -std::numeric_limits<double>::infinity();
   long m_counted = 0;
 };
 
@@ -441,7 +439,10 @@ int Octree::Assign(uint8_t* rgb) {
 
 // Children first, in child-number order, over the nodes the reduction keeps.
 // A kept node holds its own pixels and those of its merged children: its
-// subtree's sums less those of its kept children.
+// subtree's sums less those of its kept children. Of the nodes this reaches,
+// the replay marked kOut exactly those with an error at or below the last
+// threshold (a node merged with an ancestor is never reached); with no
+// replay, none.
 void Octree::AssignNode(int level, uint32_t index, uint8_t* rgb, int* made) {
   const Level& here = m_level[level];
   CellSums own = here.sums[index];
@@ -449,7 +450,7 @@ void Octree::AssignNode(int level, uint32_t index, uint8_t* rgb, int* made) {
     const Level& below = m_level[level + 1];
     for (uint32_t child = here.first[index]; child < here.first[index + 1]; ++child) {
       const CellSums& s = below.sums[child];
-      if (CellError(s, level + 1, below.cell[child]) <= m_threshold) continue;
+      if (below.state[child] & kOut) continue;
       AssignNode(level + 1, child, rgb, made);
       own.pixels -= s.pixels, own.red -= s.red, own.green -= s.green, own.blue -= s.blue;
     }
@@ -501,6 +502,8 @@ bool Octree::FindLastThreshold(int wanted) {
         sorted[count++] = {static_cast<uint64_t>(error * 4), static_cast<uint32_t>(level) << 24 | i, p};
       }
   }
+  // Cells were needed for the errors only: the sort's memory can take theirs.
+  for (Level& level : m_level) level.cell.reset();
   if (!SortByError(sorted.get(), n)) return false;
 
   // Only the deepest nodes hold pixels of their own; the root never does.
@@ -532,7 +535,6 @@ bool Octree::FindLastThreshold(int wanted) {
     double next = root_error - 1;
     if (next_pointer < n) next = std::min(next, sorted[next_pointer].error());
 
-    m_threshold = t;
     if (m_counted + (root_counted ? 1 : 0) <= wanted) return true;
     // Merge for the next pass the nodes with an error in (P, t] on their path.
     long merged = 0;
