@@ -11,12 +11,12 @@
 //    of eight sibling cells, made as parents first get pixels and found by
 //    parent cell through a directory, until half of all parents have one and
 //    they move into one array of every cell. So memory follows the colours
-//    present (a few hundred KB for a rendered 128x128 frame) and is at most
-//    a little more than that one array (10.5 MB at depth 6). The upper levels
-//    are byte flags (37 KB at most) that keep the node count. Reduction works
-//    on a compact tree built once from the leaves in cell order: per level,
-//    the nodes in cell order, the children of a node a contiguous run of the
-//    level below.
+//    present (a few hundred KB for a rendered 128x128 frame) and ends at
+//    that one array (10.5 MB at depth 6), 1.5 times it while the pages move.
+//    The upper levels are byte flags (37 KB at most) that keep the node
+//    count. Reduction works on a compact tree built once from the leaves in
+//    cell order: per level, the nodes in cell order, the children of a node a
+//    contiguous run of the level below.
 // 2. A node's quantize error (the weighted sum of squared distances of the
 //    pixels through it to its cell midpoint) is derived once from the sums of
 //    its subtree, E = S2 - 2 (mr Sr + mg Sg + mb Sb) + (mr² + mg² + mb²) W,
