@@ -2,15 +2,21 @@
 // reduction. The tree's shape, its node count and limit, its reduction passes
 // and its assignment order are those of the classic octree quantizer, and the
 // palettes are bit for bit those of a literal pointer-node version (the tests
-// keep one). Three things are done differently, for speed:
+// keep one). Three things are done differently, for speed and memory:
 //
-// 1. The tree is implicit. A node of level L is a cell of an 8^L grid,
+// 1. There are no node objects. A node of level L is a cell of an 8^L grid,
 //    numbered by interleaving the top L bits of red, green and blue, so its
-//    children are cells 8p..8p+7 and its child number is its low three bits.
-//    While classifying only the deepest level holds pixels, in one array
-//    indexed by cell; the upper levels are byte flags that keep the node
-//    count. Allocation is rarer still than with blocks of 1536 nodes, and
-//    similar colours sit close together in memory.
+//    parent is cell >> 3 and its child number is its low three bits. While
+//    classifying only the deepest level holds pixels, in a LeafTable: pages
+//    of eight sibling cells, made as parents first get pixels and found by
+//    parent cell through a directory, until half of all parents have one and
+//    they move into one array of every cell. So memory follows the colours
+//    present (a few hundred KB for a rendered 128x128 frame) and ends at
+//    that one array (10.5 MB at depth 6), 1.5 times it while the pages move.
+//    The upper levels are byte flags (37 KB at most) that keep the node
+//    count. Reduction works on a compact tree built once from the leaves in
+//    cell order: per level, the nodes in cell order, the children of a node a
+//    contiguous run of the level below.
 // 2. A node's quantize error (the weighted sum of squared distances of the
 //    pixels through it to its cell midpoint) is derived once from the sums of
 //    its subtree, E = S2 - 2 (mr Sr + mg Sg + mb Sb) + (mr² + mg² + mb²) W,
@@ -39,18 +45,17 @@
 namespace tess {
 namespace {
 
-// The deepest tree AdaptivePalette asks for (256 colours); the cell arrays
-// are sized for it.
+// The deepest tree AdaptivePalette asks for (256 colours); the per-level
+// arrays are sized for it.
 constexpr int kMaxDepth = 6;
 static_assert(OctreeDepth(256) == kMaxDepth && OctreeDepth(1) >= 2);
 
 constexpr uint32_t Cells(int level) { return uint32_t{1} << (3 * level); }
 
-// Reduction replay states of a node.
+// Reduction replay states of a node; 0 until the replay reaches it.
 constexpr uint8_t kCounted = 1;  // counts as a colour in the current pass
 constexpr uint8_t kOut = 2;      // its error is at or below the threshold
 constexpr uint8_t kMerged = 4;   // merged into its parent
-constexpr uint8_t kExists = 8;   // the cell is a node of the tree
 
 // Pixel sums of one cell; weights are run lengths. Trivial, so arrays of it
 // come zeroed from AllocBuffer.
@@ -137,7 +142,8 @@ class DistinctColours {
 // sorts as the error does.
 struct Ranked {
   uint64_t quarters;
-  uint32_t node;  // level << 24 | cell
+  uint32_t node;    // level << 24 | index in the level
+  uint32_t parent;  // index of the node's parent in its level
   double error() const { return static_cast<double>(quarters) * 0.25; }
 };
 
@@ -164,22 +170,155 @@ bool SortByError(Ranked* items, size_t n) {
   return true;
 }
 
+// The pixel sums of the cells of one level, in pages of the eight children
+// of one parent cell (siblings, the colours most alike, side by side), found
+// by parent through a directory. A page is made when its parent first gets
+// pixels, in blocks made as needed, so memory follows the parents in use.
+// Past half of all parents, the pages move once into one array of every
+// cell, page p + 1 at parent p: what a dense level costs, and in cell order.
+// A cell is in use when its pixel count is not 0.
+class LeafTable {
+ public:
+  // An empty table for a level of `cells` cells (64 to Cells(kMaxDepth)).
+  // False when memory is short.
+  bool Init(uint32_t cells) {
+    m_cells = cells;
+    m_page_of = AllocBuffer<uint32_t>(cells / 8);
+    return m_page_of != nullptr;
+  }
+  // The sums of `cell`, zero while it is not in use (the caller then gives
+  // it pixels). Valid until the next call; null when memory is short.
+  CellSums* Find(uint32_t cell) {
+    if (m_dense) return &m_dense[cell];  // as through the directory, a load sooner
+    if (m_page_of[cell >> 3] == 0 && !NewPage(cell >> 3)) return nullptr;
+    return Page(m_page_of[cell >> 3]) + (cell & 7);
+  }
+  // visit(cell, sums) for every cell in use, in cell order.
+  template <class Visit>
+  void ForEach(Visit visit) {
+    for (uint32_t parent = 0; parent < m_cells / 8; ++parent) {
+      if (m_page_of[parent] == 0) continue;
+      CellSums* page = Page(m_page_of[parent]);
+      for (uint32_t id = 0; id < 8; ++id)
+        if (page[id].pixels != 0) visit(8 * parent + id, page[id]);
+    }
+  }
+  // Merges each cell into its parent: the table then holds the level above.
+  // False when memory is short.
+  bool Coarsen();
+  // The sums of the `n` cells in use, in cell order, with their cells in
+  // `cells`; the table is left empty. Null when memory is short.
+  Buffer<CellSums> Pack(uint32_t* cells, uint32_t n);
+
+ private:
+  static constexpr uint32_t kBlockPages = 256;  // 80 KiB
+
+  // Half the parents: past this a dense level costs less than twice the pages.
+  uint32_t SparsePages() const { return m_cells / 16; }
+
+  // Page numbers count from 1: 0 in the directory means none.
+  CellSums* Page(uint32_t number) {
+    const uint32_t i = number - 1;
+    return m_dense ? &m_dense[8 * i] : &m_blocks[i / kBlockPages][8 * (i % kBlockPages)];
+  }
+  bool NewPage(uint32_t parent);
+  bool MakeDense();
+
+  uint32_t m_cells = 0;  // of the level held
+  uint32_t m_pages = 0;
+  Buffer<uint32_t> m_page_of;  // page number per parent cell
+  // Up to SparsePages() pages in blocks, then every page here.
+  Buffer<CellSums> m_blocks[Cells(kMaxDepth) / 16 / kBlockPages];
+  Buffer<CellSums> m_dense;
+};
+
+bool LeafTable::NewPage(uint32_t parent) {
+  if (m_pages == SparsePages()) return MakeDense();
+  Buffer<CellSums>& block = m_blocks[m_pages / kBlockPages];
+  if (!block && !(block = AllocBuffer<CellSums>(8 * std::min(kBlockPages, SparsePages())))) return false;
+  m_page_of[parent] = ++m_pages;
+  return true;
+}
+
+bool LeafTable::MakeDense() {
+  Buffer<CellSums> dense = AllocBuffer<CellSums>(m_cells);
+  if (!dense) return false;
+  for (uint32_t parent = 0; parent < m_cells / 8; ++parent) {
+    if (m_page_of[parent] != 0) std::copy_n(Page(m_page_of[parent]), 8, &dense[8 * parent]);
+    m_page_of[parent] = parent + 1;
+  }
+  for (Buffer<CellSums>& block : m_blocks) block.reset();
+  m_dense = std::move(dense);
+  m_pages = m_cells / 8;
+  return true;
+}
+
+bool LeafTable::Coarsen() {
+  LeafTable above;
+  if (!above.Init(m_cells / 8)) return false;
+  bool ok = true;
+  ForEach([&](uint32_t cell, const CellSums& s) {
+    CellSums* merged = ok ? above.Find(cell >> 3) : nullptr;
+    if (merged) merged->Add(s);
+    ok = merged != nullptr;
+  });
+  if (ok) *this = std::move(above);
+  return ok;
+}
+
+Buffer<CellSums> LeafTable::Pack(uint32_t* cells, uint32_t n) {
+  // A dense table packs in place: the i-th cell in use never lies before
+  // entry i.
+  Buffer<CellSums> sums;
+  if (!m_dense && !(sums = AllocBuffer<CellSums>(n))) return sums;
+  CellSums* to = m_dense ? m_dense.get() : sums.get();
+  uint32_t i = 0;
+  ForEach([&](uint32_t cell, const CellSums& s) { cells[i] = cell, to[i++] = s; });
+  if (m_dense) sums = std::move(m_dense);
+  *this = LeafTable();
+  return sums;
+}
+
+// One level of the compact tree that reduction works on: its nodes in cell
+// order. The children of node i of the level above are nodes first[i] to
+// first[i + 1] - 1 of this one. Every node holds pixels.
+struct Level {
+  uint32_t count = 0;
+  Buffer<uint32_t> cell;
+  Buffer<CellSums> sums;
+  Buffer<uint32_t> first;  // count + 1 entries; none at the deepest level
+  // The reduction replay: kCounted, kOut and kMerged.
+  Buffer<uint8_t> state;
+
+  // The deepest level takes its sums from the LeafTable and has no children.
+  bool Allocate(uint32_t n, bool upper) {
+    count = n;
+    cell = AllocBuffer<uint32_t>(n);
+    state = AllocBuffer<uint8_t>(n);
+    if (upper) sums = AllocBuffer<CellSums>(n), first = AllocBuffer<uint32_t>(n + size_t{1});
+    return cell && state && (!upper || (sums && first));
+  }
+};
+
 class Octree {
  public:
   explicit Octree(int depth) : m_depth(std::min(depth, kMaxDepth)) {}
   bool Init();
-  void ClassifyRow(const uint8_t* bgr, int width);
-  // Sums the levels, computes the errors and replays the reduction. False
-  // when memory is short.
+  // False when memory is short.
+  bool ClassifyRow(const uint8_t* bgr, int width);
+  // Builds the compact tree, computes the errors and replays the reduction.
+  // False when memory is short.
   bool Reduce(int wanted);
   int Assign(uint8_t* rgb);
 
  private:
   void NoteNewLeaf(uint32_t cell);
-  void PruneLevel();
+  bool PruneLevel();
+  bool BuildLeafLevel();
+  bool BuildParentLevel(int level);
   bool FindLastThreshold(int wanted);
-  long MergeSubtree(int level, uint32_t cell);
-  void AssignNode(int level, uint32_t cell, uint8_t* rgb, int* made);
+  long MergeSubtree(int level, uint32_t index);
+  void AssignNode(int level, uint32_t index, uint8_t* rgb, int* made);
 
   int m_depth;
   long m_nodes = 1;  // the root
@@ -187,22 +326,17 @@ class Octree {
   // Errors of the cells the node limit merged away: the root's error still
   // counts what those pixels added on the way down.
   double m_retired_error = 0;
-  // m_sums[L]: sums of every cell of level L. Only the deepest level is kept
-  // while classifying; Reduce fills the others.
-  Buffer<CellSums> m_sums[kMaxDepth + 1];
+  // The deepest level while classifying; emptied into the compact tree.
+  LeafTable m_leaves;
   // m_exists[L]: 1 for the cells of levels 1 .. depth - 1 that are nodes.
   Buffer<uint8_t> m_exists[kMaxDepth];
-  // Nodes with an error at or below this on their path are merged away.
-  double m_threshold = -std::numeric_limits<double>::infinity();
-  // The reduction replay: per cell of levels 1..depth, kExists, kCounted,
-  // kOut and kMerged.
-  Buffer<uint8_t> m_state[kMaxDepth + 1];
+  // Levels 0 (the root) to depth of the compact tree.
+  Level m_level[kMaxDepth + 1];
   long m_counted = 0;
 };
 
 bool Octree::Init() {
-  m_sums[m_depth] = AllocBuffer<CellSums>(Cells(m_depth));
-  if (!m_sums[m_depth]) return false;
+  if (!m_leaves.Init(Cells(m_depth))) return false;
   for (int level = 1; level < m_depth; ++level) {
     m_exists[level] = AllocBuffer<uint8_t>(Cells(level));
     if (!m_exists[level]) return false;
@@ -224,77 +358,99 @@ void Octree::NoteNewLeaf(uint32_t cell) {
   }
 }
 
-void Octree::ClassifyRow(const uint8_t* bgr, int width) {
+bool Octree::ClassifyRow(const uint8_t* bgr, int width) {
   // A tree this large is coarsened before going on. Depth never drops below 2.
-  if (m_nodes > kOctreeMaxNodes && m_depth > 2) PruneLevel();
-  CellSums* leaves = m_sums[m_depth].get();
+  if (m_nodes > kOctreeMaxNodes && m_depth > 2 && !PruneLevel()) return false;
   const int shift = 3 * (8 - m_depth);
+  // Neighbouring runs often fall in one cell: it is looked up once.
+  uint32_t last = std::numeric_limits<uint32_t>::max();
+  CellSums* s = nullptr;
   for (int x = 0; x < width;) {
     const uint8_t* p = bgr + 3 * x;
     int run = 1;
     while (x + run < width && std::memcmp(p, p + 3 * run, 3) == 0) ++run;
     const uint32_t r = p[2], g = p[1], b = p[0];
     const uint32_t cell = (kMorton.red[r] | kMorton.green[g] | kMorton.blue[b]) >> shift;
-    CellSums& s = leaves[cell];
-    if (s.pixels == 0) NoteNewLeaf(cell);
+    if (cell != last) {
+      if (!(s = m_leaves.Find(cell))) return false;
+      if (s->pixels == 0) NoteNewLeaf(cell);
+      last = cell;
+    }
     const uint64_t w = static_cast<uint64_t>(run);
-    s.pixels += w;
-    s.red += w * r;
-    s.green += w * g;
-    s.blue += w * b;
-    s.squares += w * (r * r + g * g + b * b);
+    s->pixels += w;
+    s->red += w * r;
+    s->green += w * g;
+    s->blue += w * b;
+    s->squares += w * (r * r + g * g + b * b);
     x += run;
   }
+  return true;
 }
 
-// Merges every deepest node into its parent, in place: cell p of the level
-// above takes cells 8p..8p+7, which lie at or after p, so nothing is
-// overwritten before it is read.
-void Octree::PruneLevel() {
-  CellSums* sums = m_sums[m_depth].get();
-  const size_t cells = Cells(m_depth);
-  for (size_t c = 0; c < cells; ++c)
-    if (sums[c].pixels > 0) {
-      m_retired_error += CellError(sums[c], m_depth, static_cast<uint32_t>(c));
-      --m_nodes;
-    }
-  for (size_t p = 0; p < cells / 8; ++p) {
-    CellSums merged{};
-    for (size_t id = 0; id < 8; ++id) merged.Add(sums[8 * p + id]);
-    sums[p] = merged;
-  }
-  std::memset(sums + cells / 8, 0, (cells - cells / 8) * sizeof(CellSums));
-  m_sums[m_depth - 1] = std::move(m_sums[m_depth]);
+// Merges every deepest node into its parent.
+bool Octree::PruneLevel() {
+  m_leaves.ForEach([this](uint32_t cell, const CellSums& s) {
+    m_retired_error += CellError(s, m_depth, cell);
+    --m_nodes;
+  });
   m_exists[m_depth - 1].reset();
   --m_depth;
+  return m_leaves.Coarsen();
 }
 
 bool Octree::Reduce(int wanted) {
-  for (int level = m_depth - 1; level >= 0; --level) {
-    m_sums[level] = AllocBuffer<CellSums>(Cells(level));
-    if (!m_sums[level]) return false;
-    for (size_t p = 0; p < Cells(level); ++p)
-      for (size_t id = 0; id < 8; ++id) m_sums[level][p].Add(m_sums[level + 1][8 * p + id]);
-  }
+  if (!BuildLeafLevel()) return false;
+  for (int level = m_depth - 1; level >= 0; --level)
+    if (!BuildParentLevel(level)) return false;
   return m_colours <= wanted || FindLastThreshold(wanted);
+}
+
+// The leaves, in cell order as the table gives them.
+bool Octree::BuildLeafLevel() {
+  uint32_t n = 0;
+  m_leaves.ForEach([&n](uint32_t, const CellSums&) { ++n; });
+  Level& leaves = m_level[m_depth];
+  if (!leaves.Allocate(n, false)) return false;
+  return (leaves.sums = m_leaves.Pack(leaves.cell.get(), n)) != nullptr;
+}
+
+// A node of `level` for each run of children of one parent cell.
+bool Octree::BuildParentLevel(int level) {
+  const Level& below = m_level[level + 1];
+  Level& here = m_level[level];
+  uint32_t n = 0;
+  for (uint32_t i = 0; i < below.count; ++i) n += i == 0 || below.cell[i] >> 3 != below.cell[i - 1] >> 3;
+  if (!here.Allocate(n, true)) return false;
+  uint32_t p = 0;
+  for (uint32_t i = 0; i < below.count; ++i) {
+    const uint32_t parent = below.cell[i] >> 3;
+    if (p == 0 || parent != here.cell[p - 1]) here.cell[p] = parent, here.first[p++] = i;
+    here.sums[p - 1].Add(below.sums[i]);
+  }
+  here.first[n] = below.count;
+  return true;
 }
 
 int Octree::Assign(uint8_t* rgb) {
   int made = 0;
-  AssignNode(0, 0, rgb, &made);
+  if (m_level[0].count != 0) AssignNode(0, 0, rgb, &made);
   return made;
 }
 
 // Children first, in child-number order, over the nodes the reduction keeps.
 // A kept node holds its own pixels and those of its merged children: its
-// subtree's sums less those of its kept children.
-void Octree::AssignNode(int level, uint32_t cell, uint8_t* rgb, int* made) {
-  CellSums own = m_sums[level][cell];
+// subtree's sums less those of its kept children. Of the nodes this reaches,
+// the replay marked kOut exactly those with an error at or below the last
+// threshold (a node merged with an ancestor is never reached); with no
+// replay, none.
+void Octree::AssignNode(int level, uint32_t index, uint8_t* rgb, int* made) {
+  const Level& here = m_level[level];
+  CellSums own = here.sums[index];
   if (level < m_depth) {
-    for (uint32_t id = 0; id < 8; ++id) {
-      const uint32_t child = 8 * cell + id;
-      const CellSums& s = m_sums[level + 1][child];
-      if (s.pixels == 0 || CellError(s, level + 1, child) <= m_threshold) continue;
+    const Level& below = m_level[level + 1];
+    for (uint32_t child = here.first[index]; child < here.first[index + 1]; ++child) {
+      const CellSums& s = below.sums[child];
+      if (below.state[child] & kOut) continue;
       AssignNode(level + 1, child, rgb, made);
       own.pixels -= s.pixels, own.red -= s.red, own.green -= s.green, own.blue -= s.blue;
     }
@@ -327,33 +483,36 @@ void Octree::AssignNode(int level, uint32_t cell, uint8_t* rgb, int* made) {
 // when P passes it, its subtree is marked merged (each node once); next is
 // the first node past T not yet merged. All passes together cost one sort.
 bool Octree::FindLastThreshold(int wanted) {
-  const size_t n = static_cast<size_t>(m_nodes - 1);
+  size_t n = 0;
+  for (int level = 1; level <= m_depth; ++level) n += m_level[level].count;
   Buffer<Ranked> sorted = AllocBuffer<Ranked>(n);
   if (!sorted) return false;
-  for (int level = 1; level <= m_depth; ++level)
-    if (!(m_state[level] = AllocBuffer<uint8_t>(Cells(level)))) return false;
 
   // The root's error is the sum of all others plus the retired ones, as when
   // each pixel added to it on the way down.
   double root_error = m_retired_error;
   size_t count = 0;
-  for (int level = 1; level <= m_depth; ++level)
-    for (uint32_t c = 0; c < Cells(level); ++c) {
-      const CellSums& s = m_sums[level][c];
-      if (s.pixels == 0) continue;
-      const double error = CellError(s, level, c);
-      m_state[level][c] = kExists;
-      root_error += error;
-      sorted[count++] = {static_cast<uint64_t>(error * 4), static_cast<uint32_t>(level) << 24 | c};
-    }
+  for (int level = 1; level <= m_depth; ++level) {
+    const Level& above = m_level[level - 1];
+    const Level& here = m_level[level];
+    for (uint32_t p = 0; p < above.count; ++p)
+      for (uint32_t i = above.first[p]; i < above.first[p + 1]; ++i) {
+        const double error = CellError(here.sums[i], level, here.cell[i]);
+        root_error += error;
+        sorted[count++] = {static_cast<uint64_t>(error * 4), static_cast<uint32_t>(level) << 24 | i, p};
+      }
+  }
+  // Cells were needed for the errors only: the sort's memory can take theirs.
+  for (Level& level : m_level) level.cell.reset();
   if (!SortByError(sorted.get(), n)) return false;
 
   // Only the deepest nodes hold pixels of their own; the root never does.
-  for (uint32_t c = 0; c < Cells(m_depth); ++c)
-    if (m_state[m_depth][c] & kExists) m_state[m_depth][c] |= kCounted, ++m_counted;
+  Level& leaves = m_level[m_depth];
+  for (uint32_t i = 0; i < leaves.count; ++i) leaves.state[i] = kCounted;
+  m_counted = leaves.count;
   bool root_counted = false;
 
-  auto state_of = [this](uint32_t node) -> uint8_t& { return m_state[node >> 24][node & 0xFFFFFF]; };
+  auto state_of = [this](uint32_t node) -> uint8_t& { return m_level[node >> 24].state[node & 0xFFFFFF]; };
   size_t below_t = 0, below_p = 0, next_pointer = 0;
   double t = 0;
   for (;;) {
@@ -367,8 +526,8 @@ bool Octree::FindLastThreshold(int wanted) {
       if (level == 1) {
         root_counted = true;
       } else {
-        uint8_t& parent = m_state[level - 1][(node & 0xFFFFFF) >> 3];
-        if (parent == kExists) parent |= kCounted, ++m_counted;
+        uint8_t& parent = m_level[level - 1].state[sorted[below_t].parent];
+        if (parent == 0) parent = kCounted, ++m_counted;
       }
     }
     next_pointer = std::max(next_pointer, below_t);
@@ -376,7 +535,6 @@ bool Octree::FindLastThreshold(int wanted) {
     double next = root_error - 1;
     if (next_pointer < n) next = std::min(next, sorted[next_pointer].error());
 
-    m_threshold = t;
     if (m_counted + (root_counted ? 1 : 0) <= wanted) return true;
     // Merge for the next pass the nodes with an error in (P, t] on their path.
     long merged = 0;
@@ -393,15 +551,15 @@ bool Octree::FindLastThreshold(int wanted) {
 }
 
 // Marks a node and everything below it merged; returns how many were not yet.
-long Octree::MergeSubtree(int level, uint32_t cell) {
-  uint8_t& state = m_state[level][cell];
+long Octree::MergeSubtree(int level, uint32_t index) {
+  uint8_t& state = m_level[level].state[index];
   if (state & kMerged) return 0;  // and so is everything below it
   if (state & kCounted) --m_counted;
-  state = kExists | kOut | kMerged;
+  state = kOut | kMerged;
   long merged = 1;
   if (level < m_depth)
-    for (uint32_t id = 0; id < 8; ++id)
-      if (m_state[level + 1][8 * cell + id] & kExists) merged += MergeSubtree(level + 1, 8 * cell + id);
+    for (uint32_t child = m_level[level].first[index]; child < m_level[level].first[index + 1]; ++child)
+      merged += MergeSubtree(level + 1, child);
   return merged;
 }
 
@@ -435,7 +593,7 @@ bool ClassifyFrames(const FrameList& frames, Octree& tree) {
     Buffer<uint8_t> scratch = AllocBuffer<uint8_t>(3 * static_cast<size_t>(image.width()));
     if (!scratch) return false;
     for (int y = image.height() - 1; y >= 0; --y)  // stored order: bottom line first
-      tree.ClassifyRow(BgrRow(image, y, scratch.get()), image.width());
+      if (!tree.ClassifyRow(BgrRow(image, y, scratch.get()), image.width())) return false;
   }
   return true;
 }

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <vector>
 
+#include "base/alloc.h"
 #include "output/image.h"
 #include "output/quantize.h"
 #include "tests/output/palette_reference.h"
@@ -102,6 +103,22 @@ TEST(AdaptivePalette, NaturalFramesMatchTheReference) {
   for (int wanted : {256, 64, 17, 5, 2, 1}) ExpectSameAsReference(frames, wanted);
 }
 
+// The tree's memory follows the colours present, not the 10.5 MB of an array
+// of every leaf cell: 512 colours spread over the whole cube, each a leaf cell
+// of its own, the worst layout for the leaf table's pages of siblings.
+TEST(AdaptivePalette, MemoryFollowsTheColoursPresent) {
+  FrameList frames;
+  ASSERT_TRUE(FrameListAddImage(frames, NoiseImage(128, 128, 3, 8), 1));
+  uint8_t pal[kPaletteBytes];
+  int count = 256;
+  const int64_t before = AllocCurrentBytes();
+  ResetAllocPeak();
+  ASSERT_TRUE(AdaptivePalette(&count, pal, frames));
+  EXPECT_LT(AllocPeakBytes() - before, 512 * 1024);
+  EXPECT_EQ(AllocCurrentBytes(), before);
+  ExpectSameAsReference(frames, 256);
+}
+
 TEST(AdaptivePalette, PalettisedFramesCountByTheirColours) {
   ImageBlock natural = NaturalImage(30, 20, 5);
   uint8_t pal[kPaletteBytes] = {};
@@ -116,9 +133,10 @@ TEST(AdaptivePalette, PalettisedFramesCountByTheirColours) {
   ExpectSameAsReference(frames, 8);
 }
 
-// 2^18 colours fill every cell of a depth-6 tree: past the node limit the next
-// row finds the deepest level merged away. Rows are classified bottom line
-// first, so the plain row at the top comes last.
+// 2^18 colours fill every cell of a depth-6 tree (the leaf table turns dense
+// on the way): past the node limit the next row finds the deepest level merged
+// away. Rows are classified bottom line first, so the plain row at the top
+// comes last.
 TEST(AdaptivePalette, NodeLimitDropsTheDeepestLevel) {
   ImageBlock image = ImageCreate(512, 513, nullptr, 24);
   for (int i = 0; i < 512 * 512; ++i)
@@ -148,18 +166,21 @@ TEST(AdaptivePalette, ShortMemoryFailsCleanlyAtEveryAllocation) {
   FrameList frames;
   for (uint32_t seed = 1; seed <= 2; ++seed) ASSERT_TRUE(FrameListAddImage(frames, NaturalImage(64, 64, seed), 1));
   uint8_t pal[kPaletteBytes];
-  long total = 0;
-  {
-    AllocFailureScope probe(1L << 30);
-    int count = 256;
-    ASSERT_TRUE(AdaptivePalette(&count, pal, frames));
-    total = probe.Count();
-  }
-  ASSERT_GT(total, 3);  // the set, scratch rows and node blocks
-  for (long n = 0; n < total; ++n) {
-    AllocFailureScope fail(n);
-    int count = 256;
-    EXPECT_FALSE(AdaptivePalette(&count, pal, frames)) << n;  // ASan reports anything leaked
+  // At 16 colours the tree is shallow enough for its leaf table to turn dense.
+  for (int wanted : {256, 16}) {
+    long total = 0;
+    {
+      AllocFailureScope probe(1L << 30);
+      int count = wanted;
+      ASSERT_TRUE(AdaptivePalette(&count, pal, frames));
+      total = probe.Count();
+    }
+    ASSERT_GT(total, 3);  // the set, scratch rows and the tree
+    for (long n = 0; n < total; ++n) {
+      AllocFailureScope fail(n);
+      int count = wanted;
+      EXPECT_FALSE(AdaptivePalette(&count, pal, frames)) << wanted << " " << n;  // ASan reports leaks
+    }
   }
 }
 
