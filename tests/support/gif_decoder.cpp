@@ -149,19 +149,6 @@ bool DecodeLzw(Reader& r, size_t pixel_count, int max_code_size, std::vector<uin
   return true;
 }
 
-// Interlaced frames store rows in four passes: every 8th from 0, every 8th
-// from 4, every 4th from 2, every 2nd from 1.
-std::vector<uint8_t> Deinterlace(const std::vector<uint8_t>& in, int width, int height) {
-  std::vector<uint8_t> out(in.size());
-  static constexpr int kStart[4] = {0, 4, 2, 1}, kStep[4] = {8, 8, 4, 2};
-  size_t row = 0;
-  for (int pass = 0; pass < 4; ++pass)
-    for (int y = kStart[pass]; y < height; y += kStep[pass], ++row)
-      std::memcpy(&out[static_cast<size_t>(y) * width], &in[row * width],
-                  static_cast<size_t>(width));
-  return out;
-}
-
 bool ReadTable(Reader& r, uint8_t flags, std::vector<uint8_t>* table, const char* what) {
   if (!(flags & 0x80)) return true;
   const size_t bytes = 3 * (size_t{1} << ((flags & 7) + 1));
@@ -252,11 +239,10 @@ bool ReadFrame(Reader& r, DecodedGif* gif, std::optional<GifControlBlock>* pendi
   if (left + w > gif->width || top + h > gif->height)
     return r.Fail("frame outside the logical screen");
   if (f.descriptor_flags & 0x18) return r.Fail("reserved image descriptor bits set");
-  f.interlaced = (f.descriptor_flags & 0x40) != 0;
+  if (f.descriptor_flags & 0x40) return r.Fail("interlaced frame: no writer here makes one");
   if (!ReadTable(r, f.descriptor_flags, &f.local_table, "local colour table")) return false;
   const size_t pixels = static_cast<size_t>(w) * h;
   if (!DecodeLzw(r, pixels, 8, &f.indices, &f.lzw)) return false;
-  if (f.interlaced) f.indices = Deinterlace(f.indices, w, h);
   f.control = *pending;
   pending->reset();
   gif->frames.push_back(std::move(f));
