@@ -12,16 +12,16 @@
 
 #include "base/bytes.h"
 #include "output/build_driver.h"
+#include "output/gif_preview.h"
 #include "output/palette.h"
 #include "output/quantize.h"
 #include "output/remap.h"
 #include "shell/main_dialog_ids.h"
 #include "tests/output/build_test_style.h"
+#include "tests/output/gif_test_images.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/fake_platform.h"
-#include "tests/support/gif_decoder.h"
 #include "tests/support/temp_folder.h"
-#include "tests/support/test_support.h"
 
 namespace tess {
 namespace {
@@ -33,7 +33,6 @@ using Messages = std::vector<std::string>;
 constexpr Colour kBg = 0x00336699;
 constexpr HostHandle kOwner = 0x4321;
 
-std::vector<uint8_t> Rgb(const uint8_t* palette) { return {palette, palette + kPaletteBytes}; }
 void PutRgb(std::vector<uint8_t>& rgb, int index, Colour c) {
   rgb[3 * index] = ColourRed(c), rgb[3 * index + 1] = ColourGreen(c), rgb[3 * index + 2] = ColourBlue(c);
 }
@@ -109,10 +108,37 @@ class BuildTest : public ::testing::Test {
   }
   int32_t TaskField(size_t offset32) const { return Field(TaskCall().record, offset32); }
   int32_t TaskBits() const { return TaskField(20); }
-  std::vector<uint8_t> TaskPalette() const { return Rgb(&TaskCall().record.at(28 + kHandleGrowth)); }
+  std::vector<uint8_t> TaskPalette() const { return {&TaskCall().record.at(28 + kHandleGrowth), &TaskCall().record.at(28 + kHandleGrowth) + kPaletteBytes}; }
   const FakeHost::Received& Add(size_t i) const { return *host.Of(kHostAddImage).at(i); }
   int32_t TransparentIndex(size_t i) const { return Field(Add(i).record, 36); }
   ImageBlock Frame(size_t i) const { return ImageBlock::FromBytes(Add(i).image.data(), Add(i).image.size()); }
+  // Fails each allocation of a build in turn: every run either succeeds as an
+  // undisturbed one does or stops with one allowed message and no file object
+  // left open. Leaks are the sanitizer's to find.
+  void SweepAllocations(BuildMode mode, const Messages& allowed) {
+    ASSERT_TRUE(Run(mode));
+    const Commands clean = host.TaskCommands();
+    long total = 0;
+    {
+      AllocFailureScope count(-1);
+      ASSERT_TRUE(Run(mode));
+      total = count.Count();
+    }
+    int failed = 0;
+    for (long n = 0; n < total; ++n) {
+      SCOPED_TRACE(n);
+      AllocFailureScope fail(n);
+      const bool ok = Run(mode);
+      failed += !ok;
+      EXPECT_EQ(host.TaskCommands(), ok ? clean : Commands{});
+      EXPECT_EQ(host.lent, 0);
+      ASSERT_EQ(reporter.messages.size(), ok ? 0u : 1u);
+      if (!ok) {
+        EXPECT_NE(std::find(allowed.begin(), allowed.end(), reporter.messages[0]), allowed.end());
+      }
+    }
+    EXPECT_GT(failed, 0);
+  }
   bool Saw(const std::string& status) const {
     auto all = host.Statuses();
     return std::find(all.begin(), all.end(), status) != all.end();
@@ -478,12 +504,7 @@ class PreviewTest : public BuildTest {
     std::filesystem::create_directories(folder);
     platform.app_data = temp.path();
   }
-  DecodedGif Decoded() {
-    DecodedGif gif;
-    std::string error;
-    EXPECT_TRUE(DecodeGif(ReadBytes(folder + "/preview.gif"), &gif, &error)) << error;
-    return gif;
-  }
+  DecodedGif Decoded() { return MustDecode(ReadBytes(folder + "/preview.gif")); }
 
   TempFolder temp;
   std::string folder = temp / "Brindlewood/Tessarine 1";
@@ -507,7 +528,7 @@ TEST_F(PreviewTest, AlwaysAPlainPalettisedAnimationWhateverTheBoxesSay) {
   uint8_t rgb[kPaletteBytes];
   int bits = 0;
   const int count = BuildFixedPalette(rgb, &bits, 6);
-  EXPECT_EQ(gif.global_table, Rgb(rgb));
+  EXPECT_EQ(gif.global_table, std::vector<uint8_t>(rgb, rgb + kPaletteBytes));
   FrameList rendered = Rendered();
   ASSERT_EQ(gif.frames.size(), 3u);
   for (int i = 0; i < 3; ++i) {
@@ -545,6 +566,8 @@ TEST_F(PreviewTest, GivenFramesGoToTheFolderTheOptionsName) {
   options.preview_folder = temp.path();
   ASSERT_TRUE(RunFrames(TwoColourFrames(2, 3), BuildMode::kPreview));
   EXPECT_EQ(temp.Files(), (std::vector<std::string>{"preview.gif", "preview.html"}));
+  const std::string_view page = PreviewHtmlText();
+  EXPECT_EQ(ReadBytes(temp / "preview.html"), std::vector<uint8_t>(page.begin(), page.end()));
   ASSERT_EQ(platform.opened_documents.size(), 1u);
   EXPECT_EQ(platform.opened_documents[0].target, temp / "preview.html");
 }
@@ -570,39 +593,6 @@ TEST_F(PreviewTest, FullDiskIsErrorWritingFile) {
 
 // ---------------------------------------------------------------- memory
 
-// Fails each allocation of a build in turn: every run either succeeds exactly
-// as an undisturbed one does or stops with one message and no file object
-// left open. Leaks are the sanitizer's to find.
-void SweepAllocations(const std::function<bool()>& run, FakeHost& host, RecordingReporter& reporter,
-                      const Messages& allowed) {
-  ASSERT_TRUE(run());
-  const auto clean = host.TaskCommands();
-  long total = 0;
-  {
-    AllocFailureScope count(-1);
-    ASSERT_TRUE(run());
-    total = count.Count();
-  }
-  ASSERT_GT(total, 0);
-  int failed = 0;
-  for (long n = 0; n < total; ++n) {
-    SCOPED_TRACE(n);
-    AllocFailureScope fail(n);
-    if (run()) {
-      EXPECT_TRUE(reporter.messages.empty());
-      EXPECT_EQ(host.TaskCommands(), clean);
-      continue;
-    }
-    ++failed;
-    ASSERT_EQ(reporter.messages.size(), 1u);
-    EXPECT_NE(std::find(allowed.begin(), allowed.end(), reporter.messages[0]), allowed.end())
-        << reporter.messages[0];
-    EXPECT_TRUE(host.TaskCommands().empty());
-    EXPECT_EQ(host.lent, 0);
-  }
-  EXPECT_GT(failed, 0);
-}
-
 TEST_F(PalettisedBuildTest, EveryAllocationFailureIsAMemoryError) {
   for (int variant = 0; variant < 3; ++variant) {
     SCOPED_TRACE(variant);
@@ -610,15 +600,14 @@ TEST_F(PalettisedBuildTest, EveryAllocationFailureIsAMemoryError) {
     Set(kMaskBackground, variant == 1);
     Set(kDither, variant == 2);
     Set(kCustomPalette, variant != 2);
-    SweepAllocations([this] { return Run(); }, host, reporter, {"Memory error"});
+    SweepAllocations(BuildMode::kOk, {"Memory error"});
   }
 }
 
 TEST_F(PreviewTest, EveryAllocationFailureInAPreviewIsReported) {
   Set(kTrueColour, 0);
   Set(kCustomPalette, 1);
-  SweepAllocations([this] { return Run(BuildMode::kPreview); }, host, reporter,
-                   {"Memory error", "Error writing file", "Error creating file"});
+  SweepAllocations(BuildMode::kPreview, {"Memory error", "Error writing file", "Error creating file"});
 }
 
 }  // namespace

@@ -3,18 +3,17 @@
 // half-written block.
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 
 #include "output/gif_preview.h"
 #include "tests/output/gif_test_images.h"
-#include "tests/support/gif_decoder.h"
 #include "tests/support/temp_folder.h"
 
 namespace tess {
 namespace {
 
 using testing::DecodedGif;
+using testing::MustDecode;
 using testing::IndexImage;
 using testing::Indices;
 using testing::ReadBytes;
@@ -24,13 +23,6 @@ std::vector<uint8_t> Palette() {
   std::vector<uint8_t> p(kPaletteBytes);
   for (size_t i = 0; i < p.size(); ++i) p[i] = static_cast<uint8_t>(i * 7 + 1);
   return p;
-}
-
-DecodedGif MustDecode(const std::vector<uint8_t>& bytes) {
-  DecodedGif gif;
-  std::string error;
-  EXPECT_TRUE(testing::DecodeGif(bytes, &gif, &error)) << error;
-  return gif;
 }
 
 TEST(PreviewHtml, IsTheExactPageWithCrLfAndNoFinalBreak) {
@@ -139,44 +131,24 @@ TEST(JoinPath, AddsOneSeparator) {
   EXPECT_EQ(JoinPath("", "preview.gif"), "preview.gif");
 }
 
-TEST(PreviewWriter, WritesBothFilesAndReturnsThePagePath) {
-  TempFolder dir;
-  const std::vector<uint8_t> pal = Palette();
-  ImageBlock a = IndexImage(47, 33, 4, 15, 1, false);
-  ImageBlock b = IndexImage(47, 33, 4, 15, 2, false);
-  PreviewWriter writer;
-  const std::string html = writer.Open(dir.path(), 47, 33, pal.data(), 4);
-  ASSERT_EQ(html, dir / "preview.html");
-  EXPECT_TRUE(writer.IsOpen());
-  ASSERT_TRUE(writer.AddFrame(0, 0, 0, -1, 10, a));
-  ASSERT_TRUE(writer.AddFrame(1, 0, 0, 3, 10, b));
-  ASSERT_TRUE(writer.Close());
-  EXPECT_FALSE(writer.IsOpen());
-
-  const std::string_view page = PreviewHtmlText();
-  EXPECT_EQ(ReadBytes(html), std::vector<uint8_t>(page.begin(), page.end()));
-  DecodedGif d = MustDecode(ReadBytes(dir / "preview.gif"));
-  ASSERT_EQ(d.frames.size(), 2u);
-  EXPECT_EQ(d.frames[1].indices, Indices(b));
-  EXPECT_EQ(d.frames[1].control->flags, 0x0B);
-}
-
-TEST(PreviewWriter, CreateAndWriteFailures) {
+// The build driver's preview tests write and read back whole files; here,
+// what it cannot reach.
+TEST(PreviewWriter, OpenStatesAndFailures) {
   TempFolder dir;
   const std::vector<uint8_t> pal = Palette();
   PreviewWriter writer;
   EXPECT_EQ(writer.Open(dir / "missing", 8, 8, pal.data(), 8), "");
-  EXPECT_FALSE(writer.IsOpen());
   EXPECT_EQ(writer.Open(dir.path(), 8, 8, pal.data(), 9), "");
   EXPECT_FALSE(writer.IsOpen());
-
+  ASSERT_EQ(writer.Open(dir.path(), 8, 8, pal.data(), 8), dir / "preview.html");
+  EXPECT_TRUE(writer.IsOpen());
+  ASSERT_TRUE(writer.AddFrame(1, 0, 0, 3, 10, IndexImage(8, 8, 8, 255, 1, true)));
   // A frame that fails closes the writer; the partial file stays.
-  ASSERT_NE(writer.Open(dir.path(), 8, 8, pal.data(), 8), "");
   EXPECT_FALSE(writer.AddFrame(0, 0, 0, -1, 10, ImageCreate(8, 8, nullptr, 32)));
   EXPECT_FALSE(writer.IsOpen());
   EXPECT_FALSE(writer.AddFrame(0, 0, 0, -1, 10, ImageCreate(8, 8, nullptr, 8)));
   EXPECT_FALSE(writer.Close());
-  EXPECT_TRUE(std::filesystem::exists(dir / "preview.gif"));
+  EXPECT_FALSE(ReadBytes(dir / "preview.gif").empty());
 }
 
 }  // namespace
