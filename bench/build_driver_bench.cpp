@@ -4,11 +4,11 @@
 // what is measured is the driver and the output stages, not an effect.
 #include <benchmark/benchmark.h>
 
-#include <map>
 #include <vector>
 
 #include "output/build_driver.h"
 #include "shell/main_dialog_ids.h"
+#include "tests/output/build_test_style.h"
 
 namespace tess {
 namespace {
@@ -56,22 +56,6 @@ class CopyRecord final : public StyleRecord {
 std::unique_ptr<StyleRecord> InitCopy(const ParamReader&, Random&) {
   return std::make_unique<CopyRecord>();
 }
-Colour Background(const ParamReader&, int flag) { return flag ? kNoColour : kBg; }
-
-class Dialog final : public ParamReader {
- public:
-  std::map<int, int32_t> values;
-  int32_t Spin(int id) const override { return Get(id); }
-  bool Checked(int id) const override { return Get(id) == 1; }
-  Colour ColourValue(int id) const override { return static_cast<Colour>(Get(id)); }
-  int32_t Selection(int id) const override { return Get(id); }
-
- private:
-  int32_t Get(int id) const {
-    auto it = values.find(id);
-    return it == values.end() ? 0 : it->second;
-  }
-};
 
 class AcceptingHost final : public HostService {
  public:
@@ -85,10 +69,12 @@ class SilentReporter final : public Reporter {
 
 void BM_BuildAdaptiveSupercompressed(benchmark::State& state) {
   Frames();
-  const StyleEntry style{"Copy", 999, {}, &InitCopy, &Background};
-  Dialog dialog;
-  dialog.values = {{kDelayEdit, 4}, {kPaletteList, 6}, {kCustomPalette, 1},
-                   {kSupercompress, 1}, {kAddComment, 1}, {kDither, state.range(0)}};
+  // The test styles' dialog and background query: a "Background:" button.
+  const StyleEntry style{"Copy", 999, {}, &InitCopy, &testing::PageBackground};
+  testing::MapReader dialog;
+  dialog.values = {{kDelayEdit, 4},      {kPaletteList, 6},  {kCustomPalette, 1},
+                   {kSupercompress, 1},  {kAddComment, 1},   {kDither, state.range(0)},
+                   {testing::kTestBackground, static_cast<int32_t>(kBg)}};
   Random random;
   AcceptingHost host;
   SilentReporter reporter;

@@ -1,3 +1,5 @@
+// Soft-failing allocation: zeroed blocks, overflow refused, failures forced
+// where a test asks, and per-thread byte accounting.
 #include <gtest/gtest.h>
 
 #include "base/alloc.h"
@@ -8,35 +10,28 @@
 namespace tess {
 namespace {
 
-TEST(Alloc, ZeroedAndOverflowChecked) {
+TEST(Alloc, ZeroedOverflowCheckedAndFailingWhereAsked) {
   Buffer<uint32_t> b = AllocBuffer<uint32_t>(1000);
   ASSERT_TRUE(b);
   for (int i = 0; i < 1000; ++i) ASSERT_EQ(b[i], 0u);
   EXPECT_EQ(AllocZeroed(SIZE_MAX / 2, 4), nullptr);
-}
-
-TEST(Alloc, FailureScopeFailsTheChosenAllocationOnly) {
-  AllocFailureScope scope(1);
-  Buffer<uint8_t> first = AllocBuffer<uint8_t>(8);
-  Buffer<uint8_t> second = AllocBuffer<uint8_t>(8);
-  Buffer<uint8_t> third = AllocBuffer<uint8_t>(8);
-  EXPECT_TRUE(first);
-  EXPECT_FALSE(second);
-  EXPECT_TRUE(third);
-  EXPECT_EQ(scope.Count(), 3);
-}
-
-TEST(Alloc, StickyScopeFailsEverythingAfter) {
   {
-    AllocFailureScope scope(0, true);
+    AllocFailureScope scope(1);
+    EXPECT_TRUE(AllocBuffer<uint8_t>(8));
+    EXPECT_FALSE(AllocBuffer<uint8_t>(8));
+    EXPECT_TRUE(AllocBuffer<uint8_t>(8));
+    EXPECT_EQ(scope.Count(), 3);
+  }
+  {
+    AllocFailureScope sticky(0, true);
     EXPECT_FALSE(AllocBuffer<uint8_t>(1));
     EXPECT_FALSE(AllocBuffer<uint8_t>(1));
   }
   EXPECT_TRUE(AllocBuffer<uint8_t>(1));
 }
 
-TEST(AllocStats, CountsLiveBytesAndKeepsThePeak) {
-  int64_t base = AllocCurrentBytes();
+TEST(AllocStats, CountsLiveBytesAndThePeakButNotFailures) {
+  const int64_t base = AllocCurrentBytes();
   ResetAllocPeak();
   EXPECT_EQ(AllocPeakBytes(), base);
   {
@@ -48,8 +43,10 @@ TEST(AllocStats, CountsLiveBytesAndKeepsThePeak) {
     a.reset();
     EXPECT_EQ(AllocCurrentBytes(), base + 1);
     Buffer<uint8_t> c = AllocBuffer<uint8_t>(50);
-    EXPECT_EQ(AllocPeakBytes(), base + 401);
+    AllocFailureScope scope(0);
+    EXPECT_FALSE(AllocBuffer<uint8_t>(1000));
   }
+  EXPECT_EQ(AllocZeroed(1, SIZE_MAX - 4), nullptr);  // no room for the size header
   EXPECT_EQ(AllocCurrentBytes(), base);
   EXPECT_EQ(AllocPeakBytes(), base + 401);
   ResetAllocPeak();
@@ -57,21 +54,8 @@ TEST(AllocStats, CountsLiveBytesAndKeepsThePeak) {
   EXPECT_EQ(AllocBlockSize(nullptr), 0u);
 }
 
-TEST(AllocStats, FailedAndOverflowingRequestsCountNothing) {
-  int64_t base = AllocCurrentBytes();
-  ResetAllocPeak();
-  {
-    AllocFailureScope scope(0);
-    EXPECT_FALSE(AllocBuffer<uint8_t>(1000));
-  }
-  EXPECT_EQ(AllocZeroed(SIZE_MAX / 2, 4), nullptr);
-  EXPECT_EQ(AllocZeroed(1, SIZE_MAX - 4), nullptr);  // no room for the size header
-  EXPECT_EQ(AllocCurrentBytes(), base);
-  EXPECT_EQ(AllocPeakBytes(), base);
-}
-
 TEST(AllocStats, EachThreadKeepsItsOwnCounts) {
-  int64_t base = AllocCurrentBytes();
+  const int64_t base = AllocCurrentBytes();
   Buffer<uint8_t> mine = AllocBuffer<uint8_t>(64);
   int64_t other_current = -1, other_peak = -1;
   std::thread([&] {

@@ -1,7 +1,8 @@
 // Small styles for driving the build: a block that moves over a flat
 // background (so consecutive frames share most pixels), a frame full of
 // distinct colours (for the adaptive palette), and entries that fail, render
-// nothing or answer the background query in each way a real style can.
+// nothing or answer the background query in each way a real style can. The
+// dialog stand-in (MapReader) and PageBackground also serve the build bench.
 #pragma once
 
 #include <map>
@@ -51,12 +52,9 @@ class TestRecord final : public StyleRecord {
     if (m_fail_at == k + 1) return {};
     ImageBlock image = ImageCreate(m_width, m_height, nullptr, 24);
     if (!image) return image;
-    for (int y = 0; y < m_height; ++y) {
-      for (int x = 0; x < m_width; ++x) {
-        Colour c = m_rich ? MakeColour(x * 15 + k, y * 13 + 3 * k, (x + y) * 7) : m_bg;
-        ImageSetPixel(image, x, y, c);
-      }
-    }
+    for (int y = 0; y < m_height; ++y)
+      for (int x = 0; x < m_width; ++x)
+        ImageSetPixel(image, x, y, m_rich ? MakeColour(x * 15 + k, y * 13 + 3 * k, (x + y) * 7) : m_bg);
     // A 3 x 2 block that moves two pixels per frame and changes colour.
     for (int y = 1; y < 3; ++y)
       for (int x = 0; x < 3; ++x)
@@ -92,7 +90,6 @@ enum TestStyleIndex {
   kStyleNoBackground,   // no background query: bg stays black
   kStyleNoSingle,       // query answers -1
   kStyleNoInit,         // cannot render
-  kTestStyleCount,
 };
 
 inline std::vector<StyleEntry> TestStyles() {

@@ -1,13 +1,18 @@
-// Palettised test pictures and sinks shared by the GIF tests. Pictures are
-// filled through ImageSetPixel, the bounds-checked reference accessor, so the
-// encoder's row-pointer reads are checked against it.
+// Palettised test pictures, a failing sink and a decode that must succeed,
+// shared by the GIF and build tests. Pictures are filled through
+// ImageSetPixel, the bounds-checked reference accessor, so the encoder's
+// row-pointer reads are checked against it.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "base/byte_sink.h"
 #include "output/image.h"
+#include "tests/support/gif_decoder.h"
 #include "tests/support/test_support.h"
 
 namespace tess::testing {
@@ -40,6 +45,13 @@ inline std::vector<uint8_t> Indices(const ImageBlock& image) {
   std::vector<uint8_t> out;
   for (Colour c : Pixels(image)) out.push_back(static_cast<uint8_t>(c));
   return out;
+}
+
+inline DecodedGif MustDecode(const std::vector<uint8_t>& bytes) {
+  DecodedGif gif;
+  std::string error;
+  EXPECT_TRUE(DecodeGif(bytes, &gif, &error)) << error;
+  return gif;
 }
 
 // Takes `budget` bytes, then fails for good, like a full disk.

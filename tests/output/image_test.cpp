@@ -1,8 +1,13 @@
+// Image blocks (header, strides, packing, every depth at an odd size) and
+// frame lists.
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <tuple>
+#include <utility>
 
 #include "base/bytes.h"
+#include "output/frame_list.h"
 #include "output/image.h"
 
 namespace tess {
@@ -32,19 +37,13 @@ TEST(ImageCreate, HeaderFieldsAtTheirOffsets) {
 }
 
 TEST(ImageCreate, StridesAndNormalisedDepths) {
-  EXPECT_EQ(ImageCreate(1, 1, nullptr, 24).stride(), 4u);
-  EXPECT_EQ(ImageCreate(5, 1, nullptr, 8).stride(), 8u);
-  EXPECT_EQ(ImageCreate(3, 1, nullptr, 1).stride(), 4u);
-  EXPECT_EQ(ImageCreate(33, 1, nullptr, 1).stride(), 8u);
-  EXPECT_EQ(ImageCreate(9, 1, nullptr, 4).stride(), 8u);
-  ImageBlock two = ImageCreate(4, 4, nullptr, 2);
-  EXPECT_EQ(two.bits(), 4);
-  EXPECT_EQ(two.colour_table_entries(), 16);
-  EXPECT_EQ(ImageCreate(4, 4, nullptr, 0).bits(), 32);
-  EXPECT_EQ(ImageCreate(4, 4, nullptr, 16).bits(), 24);
-  EXPECT_EQ(ImageCreate(4, 4, nullptr, 12).bits(), 24);
-  EXPECT_EQ(ImageCreate(4, 4, nullptr, 33).bits(), 32);
-  EXPECT_EQ(ImageCreate(4, 4, nullptr, 5).bits(), 8);
+  // width, bits, stride: rows are padded to 4 bytes.
+  for (auto [w, bits, stride] : {std::tuple{1, 24, 4u}, {5, 8, 8u}, {3, 1, 4u}, {33, 1, 8u}, {9, 4, 8u}})
+    EXPECT_EQ(ImageCreate(w, 1, nullptr, bits).stride(), stride) << w << " at " << bits;
+  // Other depths round up to 4, 8 or 24; 0 and anything past 24 give 32.
+  for (auto [asked, made] : {std::pair{2, 4}, {0, 32}, {5, 8}, {12, 24}, {16, 24}, {33, 32}})
+    EXPECT_EQ(ImageCreate(4, 4, nullptr, asked).bits(), made) << asked;
+  EXPECT_EQ(ImageCreate(4, 4, nullptr, 2).colour_table_entries(), 16);
 }
 
 TEST(ImageCreate, RefusesImpossibleSizesAndReportsShortMemory) {
@@ -165,9 +164,8 @@ TEST(ImageBlocks, DuplicateAndFromBytesCopyExactly) {
 }
 
 TEST(ImageHelpers, BitsForColours) {
-  const int counts[] = {0, 2, 3, 4, 5, 8, 9, 16, 17, 32, 33, 64, 65, 128, 129, 256, 1000};
-  const int bits[] = {1, 1, 2, 2, 3, 3, 4, 4, 5, 5, 6, 6, 7, 7, 8, 8, 8};
-  for (size_t i = 0; i < std::size(counts); ++i) EXPECT_EQ(BitsForColours(counts[i]), bits[i]) << counts[i];
+  for (auto [count, bits] : {std::pair{0, 1}, {2, 1}, {3, 2}, {16, 4}, {17, 5}, {129, 8}, {256, 8}, {1000, 8}})
+    EXPECT_EQ(BitsForColours(count), bits) << count;
 }
 
 TEST(ImageHelpers, LuminanceSortIsStableBothWays) {
@@ -179,6 +177,31 @@ TEST(ImageHelpers, LuminanceSortIsStableBothWays) {
   SortPaletteByLuminance(pal, 4, false);
   const uint8_t desc[] = {200, 200, 200, 100, 0, 0, 0, 51, 0, 10, 10, 10};
   EXPECT_EQ(0, std::memcmp(pal, desc, sizeof desc));
+}
+
+TEST(FrameList, AppendGetSetLastDelayAndFree) {
+  FrameList list;
+  EXPECT_FALSE(FrameListSetLastDelay(list, 3));
+  EXPECT_EQ(FrameListGet(list, 0), nullptr);
+  ASSERT_TRUE(FrameListAddImage(list, ImageCreate(2, 2, nullptr, 24), 7));
+  FrameRecord rec;
+  rec.image = ImageCreate(3, 3, nullptr, 24);
+  rec.mask = ImageCreate(3, 3, nullptr, 1);
+  ASSERT_TRUE(FrameListAppend(list, std::move(rec)));
+  ASSERT_EQ(list.count(), 2);
+  const FrameRecord* first = FrameListGet(list, 0);
+  ASSERT_NE(first, nullptr);
+  EXPECT_EQ(first->delay, 7);
+  EXPECT_EQ(first->transparent, -1);
+  EXPECT_FALSE(first->mask);
+  EXPECT_TRUE(FrameListSetLastDelay(list, 12));
+  EXPECT_EQ(FrameListGet(list, 1)->delay, 12);
+  EXPECT_EQ(FrameListGet(list, 1)->image.width(), 3);
+  EXPECT_EQ(FrameListGet(list, 2), nullptr);
+  EXPECT_EQ(FrameListGet(list, -1), nullptr);
+  FrameListFree(list);  // ASan reports any block that is not released
+  EXPECT_TRUE(list.empty());
+  FrameListFree(list);
 }
 
 }  // namespace

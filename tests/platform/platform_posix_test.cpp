@@ -8,20 +8,16 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <optional>
-#include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "platform/platform.h"
+#include "tests/support/temp_folder.h"
 
 namespace tess {
 namespace {
-
-namespace fs = std::filesystem;
 
 // Sets or clears environment variables for one test and puts every one back
 // as it was, so tests cannot leak settings into each other.
@@ -53,35 +49,15 @@ class EnvScope {
   std::vector<std::pair<std::string, std::optional<std::string>>> m_saved;
 };
 
-// A scratch folder for stand-in programs, removed at the end of the test.
-class ScratchFolder {
- public:
-  ScratchFolder()
-      : m_path(fs::temp_directory_path() /
-               ("tess-platform-" + std::to_string(std::random_device{}()))) {
-    fs::create_directories(m_path);
-  }
-  ~ScratchFolder() {
-    std::error_code ec;
-    fs::remove_all(m_path, ec);
-  }
-  const fs::path& path() const { return m_path; }
-  // An executable shell script named `name` with `body`.
-  void Script(const std::string& name, const std::string& body) const {
-    fs::path file = m_path / name;
-    std::ofstream(file) << "#!/bin/sh\n" << body << "\n";
-    chmod(file.c_str(), 0755);
-  }
+// An executable shell script named `name` with `body` in `folder`.
+void Script(const testing::TempFolder& folder, const std::string& name, const std::string& body) {
+  std::ofstream(folder / name) << "#!/bin/sh\n" << body << "\n";
+  chmod((folder / name).c_str(), 0755);
+}
 
- private:
-  fs::path m_path;
-};
-
-std::string ReadFile(const fs::path& file) {
-  std::ifstream in(file);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
+std::string Text(const std::string& path) {
+  std::vector<uint8_t> bytes = testing::ReadBytes(path);
+  return {bytes.begin(), bytes.end()};
 }
 
 bool NoChildrenLeft() {
@@ -118,28 +94,28 @@ TEST(PosixFolders, DocumentsFromXdgOrHome) {
 }
 
 TEST(PosixLaunch, XdgOpenGetsTheAddressVerbatimAndItsVerdictCounts) {
-  ScratchFolder bin;
-  fs::path out = bin.path() / "argument";
-  bin.Script("xdg-open", "printf '%s' \"$1\" > '" + out.string() + "'\nexit ${XDG_RESULT:-0}");
+  testing::TempFolder bin;
+  const std::string out = bin / "argument";
+  Script(bin, "xdg-open", "printf '%s' \"$1\" > '" + out + "'\nexit ${XDG_RESULT:-0}");
   EnvScope env;
-  env.Set("PATH", bin.path().string());
+  env.Set("PATH", bin.path());
   env.Clear("BROWSER");
   Platform& p = SystemPlatform();
   // No shell sees the argument, so nothing in it is expanded or split.
   const std::string address = "file:///tmp/a%20b;$(echo no)'\"#x";
   EXPECT_TRUE(p.LaunchBrowser(address, "/tmp/a b", true));
-  EXPECT_EQ(ReadFile(out), address);
+  EXPECT_EQ(Text(out), address);
   EXPECT_TRUE(p.OpenDocument("/tmp/preview.html", false));
-  EXPECT_EQ(ReadFile(out), "/tmp/preview.html");
+  EXPECT_EQ(Text(out), "/tmp/preview.html");
   env.Set("XDG_RESULT", "3");  // xdg-open: no program for this target
   EXPECT_FALSE(p.LaunchBrowser("file:///x", "x", false));
   EXPECT_TRUE(NoChildrenLeft());
 }
 
 TEST(PosixLaunch, NothingToLaunchFails) {
-  ScratchFolder empty;
+  testing::TempFolder empty;
   EnvScope env;
-  env.Set("PATH", empty.path().string());
+  env.Set("PATH", empty.path());
   env.Set("BROWSER", "/no/such/browser");
   Platform& p = SystemPlatform();
   EXPECT_FALSE(p.LaunchBrowser("http://x", "http://x", false));
@@ -148,18 +124,18 @@ TEST(PosixLaunch, NothingToLaunchFails) {
 }
 
 TEST(PosixLaunch, BrowserListIsTriedInOrderBeforeXdgOpen) {
-  ScratchFolder bin;
-  fs::path out = bin.path() / "argument";
-  bin.Script("second", "printf '%s' \"$1\" > '" + out.string() + "'");
-  bin.Script("xdg-open", "exit 1");
+  testing::TempFolder bin;
+  const std::string out = bin / "argument";
+  Script(bin, "second", "printf '%s' \"$1\" > '" + out + "'");
+  Script(bin, "xdg-open", "exit 1");
   EnvScope env;
-  env.Set("PATH", bin.path().string());
+  env.Set("PATH", bin.path());
   env.Set("BROWSER", "no-such-browser::second");
   Platform& p = SystemPlatform();
   EXPECT_TRUE(p.LaunchBrowser("http://example.com/a", "", false));
   // The browser is detached; give it a moment to write.
-  for (int i = 0; i < 200 && ReadFile(out).empty(); ++i) usleep(10000);
-  EXPECT_EQ(ReadFile(out), "http://example.com/a");
+  for (int i = 0; i < 200 && Text(out).empty(); ++i) usleep(10000);
+  EXPECT_EQ(Text(out), "http://example.com/a");
   EXPECT_TRUE(NoChildrenLeft());
 }
 

@@ -1,3 +1,5 @@
+// Host records start as every sender starts them, and the in-process host
+// lends an image block by its own address.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -7,10 +9,6 @@
 
 namespace tess {
 namespace {
-
-// Offsets as the 32-bit host reads them; fields after the first handle move
-// by the handle's growth in a 64-bit build.
-constexpr size_t kGrowth = sizeof(HostHandle) - 4;
 
 template <class Record>
 std::vector<uint8_t> Bytes(const Record& r) {
@@ -23,9 +21,9 @@ TEST(HostRecords, StartZeroedWithSizeAndVersion) {
   auto task = Bytes(MakeTaskRecord());
   auto image = Bytes(MakeImageRecord());
   auto picker = Bytes(MakeColourPickerRecord());
-  EXPECT_EQ(get_u32le(task.data()), kTaskRecordSize32 + kGrowth);
-  EXPECT_EQ(get_u32le(image.data()), kImageRecordSize32 + kGrowth);
-  EXPECT_EQ(get_u32le(picker.data()), kColourPickerRecordSize32 + 2 * kGrowth);
+  EXPECT_EQ(get_u32le(task.data()), kTaskRecordSize32 + kHandleGrowth);
+  EXPECT_EQ(get_u32le(image.data()), kImageRecordSize32 + kHandleGrowth);
+  EXPECT_EQ(get_u32le(picker.data()), kColourPickerRecordSize32 + 2 * kHandleGrowth);
   for (const auto* bytes : {&task, &image, &picker}) {
     EXPECT_EQ(get_u32le(bytes->data() + 4), 513u);
     for (size_t i = 8; i < bytes->size(); ++i) ASSERT_EQ((*bytes)[i], 0) << "byte " << i;

@@ -11,6 +11,8 @@ namespace {
 
 constexpr int kMaxCodes = 4096;  // 12-bit codes
 
+uint16_t U16At(const uint8_t* p) { return static_cast<uint16_t>(p[0] | p[1] << 8); }
+
 class Reader {
  public:
   Reader(const uint8_t* data, size_t size) : m_data(data), m_size(size) {}
@@ -33,12 +35,6 @@ class Reader {
     const uint8_t* p = nullptr;
     if (!Bytes(1, &p, what)) return false;
     *out = *p;
-    return true;
-  }
-  bool U16(uint16_t* out, const char* what) {
-    const uint8_t* p = nullptr;
-    if (!Bytes(2, &p, what)) return false;
-    *out = static_cast<uint16_t>(p[0] | p[1] << 8);
     return true;
   }
   // A chain of length-prefixed sub-blocks up to its zero-length terminator.
@@ -149,19 +145,6 @@ bool DecodeLzw(Reader& r, size_t pixel_count, int max_code_size, std::vector<uin
   return true;
 }
 
-// Interlaced frames store rows in four passes: every 8th from 0, every 8th
-// from 4, every 4th from 2, every 2nd from 1.
-std::vector<uint8_t> Deinterlace(const std::vector<uint8_t>& in, int width, int height) {
-  std::vector<uint8_t> out(in.size());
-  static constexpr int kStart[4] = {0, 4, 2, 1}, kStep[4] = {8, 8, 4, 2};
-  size_t row = 0;
-  for (int pass = 0; pass < 4; ++pass)
-    for (int y = kStart[pass]; y < height; y += kStep[pass], ++row)
-      std::memcpy(&out[static_cast<size_t>(y) * width], &in[row * width],
-                  static_cast<size_t>(width));
-  return out;
-}
-
 bool ReadTable(Reader& r, uint8_t flags, std::vector<uint8_t>* table, const char* what) {
   if (!(flags & 0x80)) return true;
   const size_t bytes = 3 * (size_t{1} << ((flags & 7) + 1));
@@ -172,34 +155,25 @@ bool ReadTable(Reader& r, uint8_t flags, std::vector<uint8_t>* table, const char
 }
 
 bool ReadHeader(Reader& r, DecodedGif* gif) {
-  const uint8_t* sig;
-  if (!r.Bytes(6, &sig, "signature")) return false;
-  if (std::memcmp(sig, "GIF87a", 6) != 0 && std::memcmp(sig, "GIF89a", 6) != 0)
+  const uint8_t* p;
+  if (!r.Bytes(6, &p, "signature")) return false;
+  if (std::memcmp(p, "GIF87a", 6) != 0 && std::memcmp(p, "GIF89a", 6) != 0)
     return r.Fail("not a GIF signature");
-  gif->version.assign(reinterpret_cast<const char*>(sig) + 3, 3);
-  uint16_t w, h;
-  if (!r.U16(&w, "screen width") || !r.U16(&h, "screen height") ||
-      !r.Byte(&gif->screen_flags, "screen flags") ||
-      !r.Byte(&gif->background_index, "background index") ||
-      !r.Byte(&gif->pixel_aspect, "pixel aspect"))
-    return false;
-  gif->width = w;
-  gif->height = h;
+  gif->version.assign(reinterpret_cast<const char*>(p) + 3, 3);
+  if (!r.Bytes(7, &p, "logical screen descriptor")) return false;
+  gif->width = U16At(p);
+  gif->height = U16At(p + 2);
+  gif->screen_flags = p[4], gif->background_index = p[5], gif->pixel_aspect = p[6];
   return ReadTable(r, gif->screen_flags, &gif->global_table, "global colour table");
 }
 
 bool ReadGraphicControl(Reader& r, std::optional<GifControlBlock>* pending) {
   if (pending->has_value()) return r.Fail("two graphic control blocks for one frame");
-  uint8_t size, terminator;
-  GifControlBlock c;
-  if (!r.Byte(&size, "graphic control block")) return false;
-  if (size != 4) return r.Fail("graphic control block size " + std::to_string(size));
-  if (!r.Byte(&c.flags, "graphic control block") || !r.U16(&c.delay, "graphic control block") ||
-      !r.Byte(&c.transparent_index, "graphic control block") ||
-      !r.Byte(&terminator, "graphic control block"))
-    return false;
-  if (terminator != 0) return r.Fail("graphic control block without its terminator");
-  *pending = c;
+  const uint8_t* p;
+  if (!r.Bytes(6, &p, "graphic control block")) return false;
+  if (p[0] != 4) return r.Fail("graphic control block size " + std::to_string(p[0]));
+  if (p[5] != 0) return r.Fail("graphic control block without its terminator");
+  *pending = GifControlBlock{p[1], U16At(p + 2), p[4]};
   return true;
 }
 
@@ -242,21 +216,18 @@ bool ReadExtension(Reader& r, DecodedGif* gif, std::optional<GifControlBlock>* p
 
 bool ReadFrame(Reader& r, DecodedGif* gif, std::optional<GifControlBlock>* pending) {
   GifDecodedFrame f;
-  uint16_t left, top, w, h;
-  if (!r.U16(&left, "image descriptor") || !r.U16(&top, "image descriptor") ||
-      !r.U16(&w, "image descriptor") || !r.U16(&h, "image descriptor") ||
-      !r.Byte(&f.descriptor_flags, "image descriptor"))
-    return false;
-  f.left = left, f.top = top, f.width = w, f.height = h;
+  const uint8_t* p;
+  if (!r.Bytes(9, &p, "image descriptor")) return false;
+  const int left = U16At(p), top = U16At(p + 2), w = U16At(p + 4), h = U16At(p + 6);
+  f.left = left, f.top = top, f.width = w, f.height = h, f.descriptor_flags = p[8];
   if (w == 0 || h == 0) return r.Fail("empty frame");
   if (left + w > gif->width || top + h > gif->height)
     return r.Fail("frame outside the logical screen");
   if (f.descriptor_flags & 0x18) return r.Fail("reserved image descriptor bits set");
-  f.interlaced = (f.descriptor_flags & 0x40) != 0;
+  if (f.descriptor_flags & 0x40) return r.Fail("interlaced frame: no writer here makes one");
   if (!ReadTable(r, f.descriptor_flags, &f.local_table, "local colour table")) return false;
   const size_t pixels = static_cast<size_t>(w) * h;
   if (!DecodeLzw(r, pixels, 8, &f.indices, &f.lzw)) return false;
-  if (f.interlaced) f.indices = Deinterlace(f.indices, w, h);
   f.control = *pending;
   pending->reset();
   gif->frames.push_back(std::move(f));

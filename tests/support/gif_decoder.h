@@ -2,8 +2,9 @@
 // stream, decodes the LZW data back to indices and keeps every field it read,
 // so tests can check a writer's output field by field. Anything malformed or
 // merely doubtful (truncation, unknown blocks, codes beyond the table, a stream
-// without its clear or end code, stray data) is refused with a message naming
-// the byte offset. Clarity over speed; never used by the product.
+// without its clear or end code, stray data, interlacing, which no writer here
+// uses) is refused with a message naming the byte offset. Clarity over speed;
+// never used by the product.
 #pragma once
 
 #include <cstddef>
@@ -36,10 +37,9 @@ struct GifDecodedFrame {
   std::optional<GifControlBlock> control;  // the graphic control block before it
   int left = 0, top = 0, width = 0, height = 0;
   uint8_t descriptor_flags = 0;
-  bool interlaced = false;
   std::vector<uint8_t> local_table;  // red, green, blue triples; empty when none
   LzwStreamInfo lzw;
-  std::vector<uint8_t> indices;  // width x height, top-down, de-interlaced
+  std::vector<uint8_t> indices;  // width x height, top-down
 };
 
 struct DecodedGif {

@@ -44,7 +44,7 @@ bool ReadExpected(const std::string& path, std::map<std::string, uint64_t>& out)
 bool WriteCases(const std::string& path,
                 const std::vector<std::pair<std::string, uint64_t>>& cases) {
   std::ofstream out(path, std::ios::trunc);
-  out << "# name checksum (FNV-1a 64 of the frame image). Rewrite on purpose with\n"
+  out << "# name checksum (FNV-1a 64 of the rendered bytes). Rewrite on purpose with\n"
          "# cmake --build <build> --target regenerate-golden\n";
   for (const auto& [name, checksum] : cases) out << name << ' ' << Hex(checksum) << '\n';
   return static_cast<bool>(out);
