@@ -2,14 +2,15 @@
 // background (so consecutive frames share most pixels), a frame full of
 // distinct colours (for the adaptive palette), and entries that fail, render
 // nothing or answer the background query in each way a real style can. The
-// dialog stand-in (MapReader) and PageBackground also serve the build bench.
+// page reader (tests/support/map_reader.h) and PageBackground also serve the
+// build bench.
 #pragma once
 
-#include <map>
 #include <memory>
 #include <vector>
 
 #include "styles/style.h"
+#include "tests/support/map_reader.h"
 
 namespace tess::testing {
 
@@ -20,21 +21,6 @@ constexpr int kTestHeight = 903;
 constexpr int kTestBackground = 904;
 constexpr int kTestFailAt = 905;    // frame k + 1 fails to render; 0 never
 constexpr int kTestRich = 906;      // 1: every pixel a different colour
-
-class MapReader final : public ParamReader {
- public:
-  std::map<int, int32_t> values;
-  int32_t Spin(int id) const override { return Get(id); }
-  bool Checked(int id) const override { return Get(id) == 1; }
-  Colour ColourValue(int id) const override { return static_cast<Colour>(Get(id)); }
-  int32_t Selection(int id) const override { return Get(id); }
-
- private:
-  int32_t Get(int id) const {
-    auto it = values.find(id);
-    return it == values.end() ? 0 : it->second;
-  }
-};
 
 class TestRecord final : public StyleRecord {
  public:

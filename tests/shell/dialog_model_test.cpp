@@ -19,7 +19,7 @@
 #include "styles/raster.h"
 #include "styles/settings_document.h"
 #include "styles/style_table.h"
-#include "tests/styles/map_reader.h"
+#include "tests/support/map_reader.h"
 #include "tests/support/test_support.h"
 
 namespace tess {

@@ -15,7 +15,7 @@
 #include "styles/page_layout.h"
 #include "styles/settings_reader.h"
 #include "styles/style_table.h"
-#include "tests/styles/map_reader.h"
+#include "tests/support/map_reader.h"
 #include "tests/support/test_support.h"
 
 namespace tess {

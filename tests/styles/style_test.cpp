@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "styles/style.h"
-#include "tests/styles/map_reader.h"
+#include "tests/support/map_reader.h"
 
 namespace tess {
 namespace {
