@@ -274,6 +274,7 @@ TEST_F(BuildTest, EachFailureIsOneMessageAndLeavesNoFileObjectOpen) {
       {"image not lent", [this] { host.refuse_lend = 2; }, "Memory error", {1, 2, 2, 4}},
       {"no frames", [this] { Set(kTestFrames, 0); }, "Memory error", {}},
       {"fails at frame 2", [this] { Set(kTestFailAt, 2); }, "Memory error", {}},
+      {"container throws at frame 2", [this] { Set(kTestThrowAt, 2); }, "Memory error", {}},
       {"no renderer", [this] { Set(kEffectList, kStyleNoInit); },
        "This effect is not available in this version.", {}},
       // The index is clamped to the table, whose last entry cannot render.

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <memory>
+#include <new>
 #include <vector>
 
 #include "styles/style.h"
@@ -21,6 +22,7 @@ constexpr int kTestHeight = 903;
 constexpr int kTestBackground = 904;
 constexpr int kTestFailAt = 905;    // frame k + 1 fails to render; 0 never
 constexpr int kTestRich = 906;      // 1: every pixel a different colour
+constexpr int kTestThrowAt = 907;   // frame k + 1 runs out of memory in a container; 0 never
 
 class TestRecord final : public StyleRecord {
  public:
@@ -30,12 +32,14 @@ class TestRecord final : public StyleRecord {
         m_height(r.Spin(kTestHeight)),
         m_bg(r.ColourValue(kTestBackground)),
         m_fail_at(r.Spin(kTestFailAt)),
+        m_throw_at(r.Spin(kTestThrowAt)),
         m_rich(r.Checked(kTestRich)) {}
 
   int FrameCount() const override { return m_frames; }
 
   ImageBlock RenderFrame(int k) override {
     if (m_fail_at == k + 1) return {};
+    if (m_throw_at == k + 1) throw std::bad_alloc();
     ImageBlock image = ImageCreate(m_width, m_height, nullptr, 24);
     if (!image) return image;
     for (int y = 0; y < m_height; ++y)
@@ -51,7 +55,7 @@ class TestRecord final : public StyleRecord {
  private:
   int m_frames, m_width, m_height;
   Colour m_bg;
-  int m_fail_at;
+  int m_fail_at, m_throw_at;
   bool m_rich;
 };
 
