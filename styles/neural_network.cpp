@@ -21,13 +21,9 @@ constexpr std::array kPage = Join(
         Spin(Id(kSizeControl), kLeft, 3, "Size:", "Size", "8,64,14"),
         Spin(Id(kDensityControl), kLeft, 4, "Density:", "Density", "8,256,32"),
         Spin(Id(kFirstOwnControl), kLeft, 5, "Padding:", "Padding", "0,32,0"),
-        Spin(Id(kFirstOwnControl + 1), kLeft, 6, "Glare:", "Glare", "0,255,160"),
-        Spin(Id(kFirstOwnControl + 2), kLeft, 7, "Shade:", "Shade", "0,255,70"),
-        Spin(Id(kFirstOwnControl + 3), kLeft, 8, "Shadow offset:", "ShadowOffset", "0,32,0"),
-        Spin(Id(kFirstOwnControl + 4), kLeft, 9, "Shadow opacity:", "ShadowOpacity",
-             "0,255,0"),
-        Background(kNumber, kRight, 0),
     },
+    ShadingRows(kNumber, kFirstOwnControl + 1, false),
+    std::array{Background(kNumber, kRight, 0)},
     ColourRows(kNumber, 1));
 
 }  // namespace

@@ -190,6 +190,19 @@ constexpr std::array<PageControl, 3> TileRows(int style, const char* tile = "16,
           Spin(PageControlId(style, kDepthControl), kLeft, 2, "Depth:", "Depth", tile)};
 }
 
+// "Glare:", "Shade:", "Shadow offset:" and "Shadow opacity:" in the last
+// four rows of the left column, as the pages of shaded beads have them; `n`
+// is the first control number. Without `shadows` both shadow settings start
+// at 0.
+constexpr std::array<PageControl, 4> ShadingRows(int style, int n, bool shadows = true) {
+  return {Spin(PageControlId(style, n), kLeft, 6, "Glare:", "Glare", "0,255,160"),
+          Spin(PageControlId(style, n + 1), kLeft, 7, "Shade:", "Shade", "0,255,70"),
+          Spin(PageControlId(style, n + 2), kLeft, 8, "Shadow offset:", "ShadowOffset",
+               shadows ? "0,32,8" : "0,32,0"),
+          Spin(PageControlId(style, n + 3), kLeft, 9, "Shadow opacity:", "ShadowOpacity",
+               shadows ? "1,255,255" : "0,255,0")};
+}
+
 // ---------------------------------------------------------------- background queries
 
 // For pages with a "Background:" button: its colour, or none when asked with a

@@ -21,13 +21,8 @@ namespace fs = std::filesystem;
 
 class ConfigFile : public ::testing::Test {
  protected:
-  void WriteFile(const std::string& text) {
-    testing::WriteBytes(m_path, std::vector<uint8_t>(text.begin(), text.end()));
-  }
-  std::string ReadFile() const {
-    std::vector<uint8_t> bytes = testing::ReadBytes(m_path);
-    return std::string(bytes.begin(), bytes.end());
-  }
+  void WriteFile(const std::string& text) { testing::WriteText(m_path, text); }
+  std::string ReadFile() const { return testing::ReadText(m_path); }
 
   testing::TempFolder m_dir;
   std::string m_path = m_dir / "zephyra1.ini";

@@ -172,7 +172,7 @@ TEST(SettingsDocument, SavedValuesAreWhatTheControlsWouldShow) {
 TEST(SettingsDocument, DamagedFileReportsExactlyAndChangesNoSetting) {
   testing::TempFolder dir;
   std::string text = ";This is a document created by Tessarine #1 Plugin - do not edit.\r\nSPNBTN11=9\r\n";
-  testing::WriteBytes(dir / "damaged.TS1", std::vector<uint8_t>(text.begin(), text.end()));
+  testing::WriteText(dir / "damaged.TS1", text);
   Settings s = ChangedSettings();
   RecordingReporter reporter;
   EXPECT_FALSE(LoadDocumentIntoSettings(dir / "damaged.TS1", s, kDelaysInHundredths, reporter));
