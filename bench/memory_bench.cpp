@@ -17,10 +17,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -34,29 +32,10 @@
 #include "shell/settings.h"
 #include "styles/style.h"
 #include "tests/support/gif_decoder.h"
+#include "tests/support/temp_folder.h"
 
 namespace tess {
 namespace {
-
-class ScratchFolder {
- public:
-  ScratchFolder() {
-    std::random_device random;
-    m_path = std::filesystem::temp_directory_path() /
-             ("tessarine-memory-bench-" + std::to_string(random()));
-    std::filesystem::create_directories(m_path);
-  }
-  ~ScratchFolder() {
-    std::error_code ec;
-    std::filesystem::remove_all(m_path, ec);
-  }
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
-  std::string operator/(const std::string& name) const { return (m_path / name).string(); }
-
- private:
-  std::filesystem::path m_path;
-};
 
 // Resident pages now, from /proc/self/statm (Linux); 0 when unreadable.
 long CurrentRssKiB() {
@@ -81,7 +60,7 @@ int64_t TrueColourFrameBytes(int width, int height) {
 }
 
 void BM_DefaultRender(benchmark::State& state, const std::string& effect) {
-  ScratchFolder dir;
+  testing::TempFolder dir;
   setenv("TESSARINE_APPDATA", (dir / "appdata").c_str(), 1);
   const std::string gif_path = dir / "out.gif";
   const std::vector<std::string> args = {"render", "--no-config", "--effect", effect, "-o", gif_path};
