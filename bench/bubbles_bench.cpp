@@ -6,7 +6,7 @@
 
 #include "shell/settings.h"
 #include "styles/bubbles.h"
-#include "styles/settings_reader.h"
+#include "dialog/settings_reader.h"
 #include "styles/style_table.h"
 
 namespace tess {

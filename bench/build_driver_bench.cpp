@@ -6,9 +6,9 @@
 
 #include <vector>
 
-#include "output/build_driver.h"
+#include "driver/build_driver.h"
 #include "shell/main_dialog_ids.h"
-#include "tests/output/build_test_style.h"
+#include "tests/driver/build_test_style.h"
 
 namespace tess {
 namespace {

@@ -9,7 +9,7 @@
 #include <cmath>
 #include <vector>
 
-#include "output/frame_list.h"
+#include "image/frame_list.h"
 #include "output/palette.h"
 #include "output/quantize.h"
 #include "output/remap.h"

@@ -5,7 +5,7 @@
 
 #include "shell/settings.h"
 #include "styles/phasers.h"
-#include "styles/settings_reader.h"
+#include "dialog/settings_reader.h"
 
 namespace tess {
 namespace {

@@ -7,9 +7,9 @@
 // index).
 #include <benchmark/benchmark.h>
 
-#include "shell/sample_view.h"
+#include "dialog/sample_view.h"
 #include "shell/settings.h"
-#include "styles/settings_reader.h"
+#include "dialog/settings_reader.h"
 #include "styles/style_table.h"
 
 namespace tess {

@@ -9,7 +9,7 @@
 #include "base/alloc.h"
 #include "base/byte_sink.h"
 #include "output/gif_status.h"
-#include "output/image.h"
+#include "image/image.h"
 
 namespace tess {
 

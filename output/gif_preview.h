@@ -14,7 +14,7 @@
 
 #include "base/byte_sink.h"
 #include "output/gif_writer.h"
-#include "output/image.h"
+#include "image/image.h"
 
 namespace tess {
 

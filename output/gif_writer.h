@@ -20,7 +20,7 @@
 #include "base/byte_sink.h"
 #include "output/gif_lzw.h"
 #include "output/gif_status.h"
-#include "output/image.h"
+#include "image/image.h"
 
 namespace tess {
 

@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "base/bytes.h"
-#include "output/image.h"
+#include "image/image.h"
 
 namespace tess {
 namespace {

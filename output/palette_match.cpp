@@ -28,7 +28,7 @@
 #include <climits>
 #include <cstring>
 
-#include "output/image.h"
+#include "image/image.h"
 
 namespace tess {
 namespace {

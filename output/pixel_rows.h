@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "output/image.h"
+#include "image/image.h"
 
 namespace tess {
 

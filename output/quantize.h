@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "output/frame_list.h"
+#include "image/frame_list.h"
 
 namespace tess {
 

@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-#include "output/image.h"
+#include "image/image.h"
 #include "output/palette_match.h"
 
 namespace tess {

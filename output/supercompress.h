@@ -6,7 +6,7 @@
 // they must equal lives in the tests.
 #pragma once
 
-#include "output/image.h"
+#include "image/image.h"
 
 namespace tess {
 

@@ -12,7 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "output/image.h"
+#include "image/image.h"
 
 namespace tess {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "base/alloc.h"
-#include "output/image.h"
+#include "image/image.h"
 #include "styles/style.h"
 
 namespace tess {

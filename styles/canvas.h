@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "output/image.h"
+#include "image/image.h"
 #include "styles/raster.h"
 
 namespace tess {

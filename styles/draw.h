@@ -11,7 +11,7 @@
 
 #include <cstdint>
 
-#include "output/image.h"
+#include "image/image.h"
 #include "styles/raster.h"
 
 namespace tess {

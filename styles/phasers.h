@@ -14,7 +14,7 @@
 #include <span>
 
 #include "base/alloc.h"
-#include "output/image.h"
+#include "image/image.h"
 #include "styles/raster.h"
 #include "styles/style.h"
 

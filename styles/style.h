@@ -14,8 +14,8 @@
 #include <utility>
 #include <vector>
 
-#include "output/frame_list.h"
-#include "output/image.h"
+#include "image/frame_list.h"
+#include "image/image.h"
 
 namespace tess {
 

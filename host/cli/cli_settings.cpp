@@ -15,7 +15,7 @@
 #include "shell/main_dialog_ids.h"
 #include "shell/paths.h"
 #include "shell/strings.h"
-#include "styles/settings_reader.h"
+#include "dialog/settings_reader.h"
 #include "styles/style_table.h"
 
 namespace tess::cli {

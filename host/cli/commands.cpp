@@ -15,12 +15,12 @@
 #include "host/cli/cli_settings.h"
 #include "host/cli/gif_file_host.h"
 #include "host/cli/ppm.h"
-#include "output/build_driver.h"
-#include "output/frame_list.h"
+#include "driver/build_driver.h"
+#include "image/frame_list.h"
 #include "shell/main_dialog_ids.h"
 #include "shell/paths.h"
-#include "styles/settings_document.h"
-#include "styles/settings_reader.h"
+#include "dialog/settings_document.h"
+#include "dialog/settings_reader.h"
 
 namespace tess::cli {
 namespace {

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "output/frame_list.h"
+#include "image/frame_list.h"
 #include "output/pixel_rows.h"
 #include "output/quantize.h"
 #include "output/remap.h"

@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-#include "output/image.h"
+#include "image/image.h"
 
 namespace tess::cli {
 

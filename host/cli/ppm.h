@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "output/image.h"
+#include "image/image.h"
 
 namespace tess::cli {
 

@@ -9,7 +9,7 @@
 #include <limits>
 #include <new>
 
-#include "shell/dialog_pages.h"
+#include "dialog/dialog_pages.h"
 #include "shell/strings.h"
 #include "styles/style.h"
 

@@ -23,7 +23,7 @@
 #include <string_view>
 
 #include "base/report.h"
-#include "output/image.h"
+#include "image/image.h"
 #include "shell/document.h"
 #include "shell/settings.h"
 #include "shell/win32/win32_handles.h"

@@ -5,7 +5,7 @@
 
 #include <cstring>
 
-#include "shell/document_names.h"
+#include "dialog/document_names.h"
 #include "shell/win32/bound_controls.h"
 
 namespace tess::win32 {

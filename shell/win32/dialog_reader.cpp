@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "shell/dialog_pages.h"
+#include "dialog/dialog_pages.h"
 #include "shell/win32/bound_controls.h"
 
 namespace tess::win32 {

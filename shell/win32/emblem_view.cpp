@@ -7,7 +7,7 @@
 
 #include <new>
 
-#include "shell/emblem.h"
+#include "dialog/emblem.h"
 #include "shell/win32/image_blit.h"
 
 namespace tess::win32 {

@@ -8,7 +8,7 @@
 #endif
 #include <windows.h>
 
-#include "output/image.h"
+#include "image/image.h"
 
 namespace tess::win32 {
 

@@ -15,15 +15,15 @@
 #include <string>
 #include <vector>
 
-#include "output/build_driver.h"
+#include "driver/build_driver.h"
 #include "output/palette.h"
 #include "shell/config_file.h"
-#include "shell/dialog_pages.h"
-#include "shell/document_names.h"
+#include "dialog/dialog_pages.h"
+#include "dialog/document_names.h"
 #include "shell/help.h"
 #include "shell/main_dialog_ids.h"
 #include "shell/paths.h"
-#include "shell/sample_view.h"
+#include "dialog/sample_view.h"
 #include "shell/settings.h"
 #include "shell/strings.h"
 #include "shell/win32/about_dialog.h"
@@ -37,7 +37,7 @@
 #include "shell/win32/message_box_reporter.h"
 #include "shell/win32/page_builder.h"
 #include "shell/win32/win32_handles.h"
-#include "styles/settings_document.h"
+#include "dialog/settings_document.h"
 #include "styles/style_table.h"
 
 namespace tess {

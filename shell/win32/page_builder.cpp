@@ -4,7 +4,7 @@
 
 #include <windowsx.h>
 
-#include "shell/dialog_pages.h"
+#include "dialog/dialog_pages.h"
 
 namespace tess::win32 {
 namespace {

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "base/byte_sink.h"
-#include "output/image.h"
+#include "image/image.h"
 #include "tests/support/gif_decoder.h"
 #include "tests/support/test_support.h"
 

@@ -5,8 +5,8 @@
 
 #include <cstdint>
 
-#include "output/frame_list.h"
-#include "output/image.h"
+#include "image/frame_list.h"
+#include "image/image.h"
 #include "output/remap.h"
 
 namespace tess::testing {

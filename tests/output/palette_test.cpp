@@ -7,7 +7,7 @@
 
 #include "base/byte_sink.h"
 #include "base/bytes.h"
-#include "output/image.h"
+#include "image/image.h"
 #include "output/palette.h"
 #include "output/palette_match.h"
 #include "tests/support/golden.h"

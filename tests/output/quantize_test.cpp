@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "base/alloc.h"
-#include "output/image.h"
+#include "image/image.h"
 #include "output/quantize.h"
 #include "tests/output/palette_reference.h"
 #include "tests/support/test_support.h"

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <vector>
 
-#include "output/image.h"
+#include "image/image.h"
 #include "output/palette.h"
 #include "output/remap.h"
 #include "tests/output/palette_reference.h"

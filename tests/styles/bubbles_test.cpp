@@ -13,7 +13,7 @@
 
 #include "base/alloc.h"
 #include "shell/settings.h"
-#include "styles/settings_reader.h"
+#include "dialog/settings_reader.h"
 #include "styles/style_table.h"
 #include "tests/support/golden.h"
 

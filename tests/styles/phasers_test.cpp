@@ -15,7 +15,7 @@
 #include "styles/draw.h"
 #include "styles/effects.h"
 #include "styles/phasers.h"
-#include "styles/settings_reader.h"
+#include "dialog/settings_reader.h"
 #include "tests/support/golden.h"
 #include "tests/support/test_support.h"
 

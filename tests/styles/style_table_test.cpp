@@ -10,10 +10,10 @@
 #include <string>
 #include <string_view>
 
-#include "output/frame_list.h"
+#include "image/frame_list.h"
 #include "shell/settings.h"
 #include "styles/page_layout.h"
-#include "styles/settings_reader.h"
+#include "dialog/settings_reader.h"
 #include "styles/style_table.h"
 #include "tests/support/map_reader.h"
 #include "tests/support/test_support.h"

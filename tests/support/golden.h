@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "output/image.h"
+#include "image/image.h"
 
 namespace tess::testing {
 

@@ -15,7 +15,7 @@
 #include <sstream>
 #include <vector>
 
-#include "shell/dialog_pages.h"
+#include "dialog/dialog_pages.h"
 #include "shell/main_dialog_ids.h"
 #include "styles/style_table.h"
 

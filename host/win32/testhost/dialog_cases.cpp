@@ -14,9 +14,9 @@
 
 #include "platform/platform.h"
 #include "shell/config_file.h"
-#include "shell/dialog_pages.h"
+#include "dialog/dialog_pages.h"
 #include "shell/main_dialog_ids.h"
-#include "styles/settings_document.h"
+#include "dialog/settings_document.h"
 #include "styles/style_table.h"
 
 namespace tess::testhost {

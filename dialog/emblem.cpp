@@ -1,6 +1,6 @@
 // The emblem's tile and frames. Bubbles are rings painted through grey masks
 // with the wrap-around blend, the way the effects keep their tiles seamless.
-#include "shell/emblem.h"
+#include "dialog/emblem.h"
 
 #include <algorithm>
 #include <cstring>

@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "base/bytes.h"
-#include "output/frame_list.h"
-#include "output/image.h"
+#include "image/frame_list.h"
+#include "image/image.h"
 
 namespace tess {
 namespace {

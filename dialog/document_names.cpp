@@ -1,5 +1,5 @@
 // Document names of the main dialog.
-#include "shell/document_names.h"
+#include "dialog/document_names.h"
 
 #include <cctype>
 

@@ -1,5 +1,5 @@
 // Frame list operations.
-#include "output/frame_list.h"
+#include "image/frame_list.h"
 
 #include <new>
 #include <utility>

@@ -8,7 +8,7 @@
 
 #include "shell/settings.h"
 #include "styles/page_layout.h"
-#include "styles/settings_reader.h"
+#include "dialog/settings_reader.h"
 #include "styles/style_table.h"
 
 namespace tess {

@@ -1,7 +1,7 @@
 // Sample composition. Rows are written through row pointers: the sample is
 // redrawn after every pause in typing, and the tests hold these loops to the
 // per-pixel reference.
-#include "shell/sample_view.h"
+#include "dialog/sample_view.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "output/image.h"
+#include "image/image.h"
 
 namespace tess {
 

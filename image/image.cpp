@@ -1,5 +1,5 @@
 // Image block creation, pixel access and the small block helpers.
-#include "output/image.h"
+#include "image/image.h"
 
 #include <cstring>
 #include <utility>

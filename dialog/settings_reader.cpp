@@ -1,6 +1,6 @@
 // Settings-backed parameter reading: the page control gives the key and the
 // range, the settings give the value. Nothing here writes settings.
-#include "styles/settings_reader.h"
+#include "dialog/settings_reader.h"
 
 #include <optional>
 #include <utility>

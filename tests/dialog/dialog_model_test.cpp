@@ -8,16 +8,16 @@
 #include <set>
 #include <tuple>
 
-#include "shell/dialog_pages.h"
-#include "shell/document_names.h"
-#include "shell/emblem.h"
+#include "dialog/dialog_pages.h"
+#include "dialog/document_names.h"
+#include "dialog/emblem.h"
 #include "shell/main_dialog_ids.h"
 #include "plugin/host_interface.h"
-#include "shell/sample_view.h"
+#include "dialog/sample_view.h"
 #include "shell/strings.h"
 #include "styles/page_layout.h"
 #include "styles/raster.h"
-#include "styles/settings_document.h"
+#include "dialog/settings_document.h"
 #include "styles/style_table.h"
 #include "tests/support/map_reader.h"
 #include "tests/support/test_support.h"

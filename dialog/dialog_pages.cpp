@@ -1,5 +1,5 @@
 // Page windows, page selection and spin-field values for the main dialog.
-#include "shell/dialog_pages.h"
+#include "dialog/dialog_pages.h"
 
 #include <algorithm>
 #include <limits>

@@ -2,7 +2,7 @@
 // setting the way the dialog's control of that kind would: spins clamp to
 // their range text, check boxes store 0 or 1, lists store -1 for an index they
 // do not have, colour buttons keep all 32 bits.
-#include "styles/settings_document.h"
+#include "dialog/settings_document.h"
 
 #include <algorithm>
 #include <limits>

@@ -12,7 +12,7 @@
 #include <cstdint>
 #include <string>
 
-#include "output/image.h"
+#include "image/image.h"
 #include "styles/style.h"
 
 namespace tess {

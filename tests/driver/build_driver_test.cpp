@@ -11,13 +11,13 @@
 #include <map>
 
 #include "base/bytes.h"
-#include "output/build_driver.h"
+#include "driver/build_driver.h"
 #include "output/gif_preview.h"
 #include "output/palette.h"
 #include "output/quantize.h"
 #include "output/remap.h"
 #include "shell/main_dialog_ids.h"
-#include "tests/output/build_test_style.h"
+#include "tests/driver/build_test_style.h"
 #include "tests/output/gif_test_images.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/fake_platform.h"

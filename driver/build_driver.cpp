@@ -5,13 +5,13 @@
 // by the object or by locals, so every exit path releases them.
 //
 // Sections: settings · messages and host calls · phases · delivery.
-#include "output/build_driver.h"
+#include "driver/build_driver.h"
 
 #include <algorithm>
 #include <cstring>
 #include <new>
 
-#include "output/frame_list.h"
+#include "image/frame_list.h"
 #include "output/gif_preview.h"
 #include "output/palette.h"
 #include "output/quantize.h"

@@ -1,7 +1,7 @@
 // Documents written from and read into the settings: the opening bytes, a
 // round trip of every setting that takes part, each line read as its control
 // would take it, and a damaged file changing nothing.
-#include "styles/settings_document.h"
+#include "dialog/settings_document.h"
 
 #include <gtest/gtest.h>
 
