@@ -4,9 +4,9 @@
 // core. The uncached variant shows what the sprite cache saves.
 #include <benchmark/benchmark.h>
 
+#include "dialog/settings_reader.h"
 #include "shell/settings.h"
 #include "styles/bubbles.h"
-#include "dialog/settings_reader.h"
 #include "styles/style_table.h"
 
 namespace tess {

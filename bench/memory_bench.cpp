@@ -24,9 +24,9 @@
 #include <vector>
 
 #include "base/alloc.h"
+#include "driver/build_driver.h"
 #include "host/cli/cli.h"
 #include "host/cli/cli_settings.h"
-#include "driver/build_driver.h"
 #include "image/image.h"
 #include "plugin/host_interface.h"
 #include "shell/settings.h"

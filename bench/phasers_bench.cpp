@@ -3,9 +3,9 @@
 // target is at most 100 ms on one core.
 #include <benchmark/benchmark.h>
 
+#include "dialog/settings_reader.h"
 #include "shell/settings.h"
 #include "styles/phasers.h"
-#include "dialog/settings_reader.h"
 
 namespace tess {
 namespace {

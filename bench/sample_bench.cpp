@@ -8,8 +8,8 @@
 #include <benchmark/benchmark.h>
 
 #include "dialog/sample_view.h"
-#include "shell/settings.h"
 #include "dialog/settings_reader.h"
+#include "shell/settings.h"
 #include "styles/style_table.h"
 
 namespace tess {

@@ -1,11 +1,14 @@
-// Page windows, page selection and spin-field values for the main dialog.
+// Page windows, page selection and the main dialog's own control declarations.
 #include "dialog/dialog_pages.h"
 
 #include <algorithm>
-#include <limits>
+#include <array>
 
-#include "shell/document.h"
+#include "output/palette.h"
+#include "shell/main_dialog_ids.h"
+#include "shell/strings.h"
 #include "styles/page_layout.h"
+#include "styles/style_table.h"
 
 namespace tess {
 namespace {
@@ -17,23 +20,6 @@ PageWindow WindowAt(int id, PageWindowRole role, const PageControl& c) {
 PageWindow LabelFor(const PageControl& c) {
   page::Place at = page::LabelPlace(c);
   return PageWindow{c.id + kPageLabelIdOffset, PageWindowRole::kLabel, &c, at.x, at.y, at.w, at.h};
-}
-
-// The control window a declaration becomes, and whether an up-down follows.
-PageWindowRole ControlRole(ControlKind kind) {
-  switch (kind) {
-    case ControlKind::kSpin:
-    case ControlKind::kSignedSpin:
-    case ControlKind::kPicker: return PageWindowRole::kEdit;
-    case ControlKind::kCheck: return PageWindowRole::kCheckBox;
-    case ControlKind::kColourButton:
-    case ControlKind::kFillButton: return PageWindowRole::kColourButton;
-    case ControlKind::kDropDown: return PageWindowRole::kComboBox;
-    case ControlKind::kFountain:
-    case ControlKind::kMatrix: return PageWindowRole::kPlaceholder;
-    case ControlKind::kLabel: break;
-  }
-  return PageWindowRole::kText;
 }
 
 }  // namespace
@@ -53,8 +39,9 @@ std::vector<PageWindow> PageWindows(const StyleEntry& style) {
   std::vector<PageWindow> windows;
   windows.reserve(style.page.size() * 3);
   for (const PageControl& c : style.page) {
-    if (page::HasSeparateLabel(c)) windows.push_back(LabelFor(c));
-    PageWindowRole role = ControlRole(c.kind);
+    const ControlKindRules& rules = KindRules(c);
+    if (rules.separate_label) windows.push_back(LabelFor(c));
+    PageWindowRole role = rules.window;
     windows.push_back(WindowAt(c.id, role, c));
     if (role == PageWindowRole::kEdit)
       windows.push_back(WindowAt(c.id + kUpDownIdOffset, PageWindowRole::kUpDown, c));
@@ -62,38 +49,62 @@ std::vector<PageWindow> PageWindows(const StyleEntry& style) {
   return windows;
 }
 
-std::vector<std::string> SplitItems(const char* items) {
-  std::vector<std::string> out;
-  if (!items || !*items) return out;
-  std::string_view rest(items);
-  for (;;) {
-    size_t semicolon = rest.find(';');
-    out.emplace_back(rest.substr(0, semicolon));
-    if (semicolon == std::string_view::npos) break;
-    rest.remove_prefix(semicolon + 1);
-  }
-  return out;
+static_assert(kStrPaletteNameLast - kStrPaletteNameFirst + 1 == kPaletteChoices,
+              "one palette name in the string table for each palette choice");
+
+ItemList PaletteListItems() {
+  static const std::array<std::string_view, kPaletteChoices> items = [] {
+    std::array<std::string_view, kPaletteChoices> names{};
+    for (int i = 0; i < kPaletteChoices; ++i) names[static_cast<size_t>(i)] = PaletteName(i);
+    return names;
+  }();
+  return items;
 }
 
-// ---------------------------------------------------------------- spin fields
-
-int32_t SpinFieldValue(std::string_view spin_text, std::string_view field_text) {
-  return ClampSpin(ParseSpinText(spin_text), ParseValueNumber(field_text));
+ItemList EffectListItems() {
+  static const std::array<std::string_view, kStyleCount> items = [] {
+    std::array<std::string_view, kStyleCount> names{};
+    std::span<const StyleEntry> table = StyleTable();
+    for (size_t i = 0; i < names.size() && i < table.size(); ++i) names[i] = table[i].name;
+    return names;
+  }();
+  return items;
 }
 
-int32_t StoredSpinValue(const SpinRange& range, int32_t stored) {
-  int64_t value = range.min < 0 ? int64_t{stored} : int64_t{static_cast<uint32_t>(stored)};
-  return ClampSpin(range, value);
-}
+// ---------------------------------------------------------------- the main dialog's own controls
 
-uint32_t ColourTextValue(std::string_view text) {
-  constexpr int64_t kMax = std::numeric_limits<uint32_t>::max();
-  int64_t n = ParseValueNumber(text);
-  return n > kMax || n < -kMax ? static_cast<uint32_t>(kMax) : static_cast<uint32_t>(n);
+SpinRange DelayRange(uint32_t host_capabilities) {
+  return (host_capabilities & 1u) != 0 ? SpinRange{1, 25, 4} : SpinRange{1, 250, 40};
 }
 
 int32_t ShiftResetDelay(uint32_t host_capabilities) {
   return (host_capabilities & 1u) != 0 ? 4 : 10;
+}
+
+std::span<const PageControl> MainDialogControls(uint32_t host_capabilities) {
+  auto declare = [](uint32_t caps) {
+    auto control = [](int id, ControlKind kind, const char* key) {
+      return PageControl{id, kind, nullptr, key, {}, {}, 0, 0, 0, 0};
+    };
+    std::array<PageControl, 9> controls = {
+        control(kDelayEdit, ControlKind::kSpin, "MainDelay"),
+        control(kTrueColour, ControlKind::kCheck, "Truecolour"),
+        control(kCustomPalette, ControlKind::kCheck, nullptr),
+        control(kDither, ControlKind::kCheck, "MainDither"),
+        control(kSupercompress, ControlKind::kCheck, "MainSupercompress"),
+        control(kAddComment, ControlKind::kCheck, "AddDescriptiveCommentBlock"),
+        control(kMaskBackground, ControlKind::kCheck, "MainMaskBackground"),
+        control(kPaletteList, ControlKind::kDropDown, "MainPalette"),
+        control(kEffectList, ControlKind::kDropDown, "MainEffect"),
+    };
+    controls[0].range = DelayRange(caps);
+    controls[7].items = PaletteListItems();
+    controls[8].items = EffectListItems();
+    return controls;
+  };
+  // Only bit 0 changes anything: one table for each of its two states.
+  static const std::array<PageControl, 9> per_bit[2] = {declare(0), declare(1)};
+  return per_bit[host_capabilities & 1u];
 }
 
 }  // namespace tess

@@ -5,18 +5,10 @@
 // exactly where the dialog's controls limit them.
 //
 // Save order (the Windows dialog enumerates its children in the same order):
-// the main dialog's controls in template order, 11 Delay, 10 "Tr&ue color",
-// 14 "&Custom palette", 15 "&Dither", 19 "&Supercompress", 20 "Add comme&nt",
-// 21 "&Mask background", 13 Palette, 58 Effect; then the pages in style-table
-// order, each page's controls in declaration order. Up-down controls, labels,
-// buttons and the sample write nothing.
-//
-// Not taking part yet: fountain, matrix and direction-picker controls (their
-// records and tags come with the fill controls). Fill buttons ("Color 1:" and
-// the like) travel for now as plain colours under the colour button's tag
-// "CLRBTN"; once fill records exist they write "FILLBT" lines, and a fill
-// control then refuses the interim "CLRBTN" lines as any control refuses a
-// foreign tag, keeping its value.
+// the main dialog's controls in template order (MainDialogControls), then the
+// pages in style-table order, each page's controls in declaration order.
+// Up-down controls, labels, buttons and the sample write nothing; which kinds
+// take part, and with which tag, is the kinds' table's to say.
 #pragma once
 
 #include <cstdint>
@@ -31,27 +23,6 @@
 #include "styles/style.h"
 
 namespace tess {
-
-// Control numbers of the main dialog that take part in documents.
-namespace main_dialog {
-constexpr int kTruecolour = 10;
-constexpr int kDelay = 11;
-constexpr int kPalette = 13;
-constexpr int kCustomPalette = 14;
-constexpr int kDither = 15;
-constexpr int kSupercompress = 19;
-constexpr int kComment = 20;
-constexpr int kMaskBackground = 21;
-constexpr int kEffect = 58;
-}  // namespace main_dialog
-
-// The Delay spin's range text the dialog sets from the host's capability
-// flags: bit 0 set gives "1,25,4", clear "1,250,40". Loading clamps the delay
-// to it, as the dialog reads the spin's text when a line arrives.
-std::string_view DelaySpinText(uint32_t host_capabilities);
-
-// The tag a page control writes, or empty for kinds that take no part.
-std::string_view PageControlTag(ControlKind kind);
 
 // Every control that takes part, bound to `settings`. "&Custom palette" has no
 // setting of its own: it is held here, starts unchecked, and is saved and

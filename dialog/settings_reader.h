@@ -14,10 +14,9 @@ namespace tess {
 class Settings;
 
 // Reads by page control id:
-// - Spin: spins and direction pickers clamp the stored value to their spin
-//   text's min..max (the stored value is taken as unsigned unless min is
-//   negative, as the page's edit reads it); a control whose key the settings
-//   lack gives its spin default. Other kinds give their stored value.
+// - Spin and Picker: a ranged kind reads what its kind's rules make of the
+//   stored value (clamped to the declared range; the range's default when
+//   the settings lack the key). Other kinds give their stored value.
 // - Checked: stored value non-zero. ColourValue: the low 24 bits (the top
 //   byte belongs to fill descriptions). Selection: the stored index as it is,
 //   since each effect decides what an out-of-range choice draws.
@@ -32,21 +31,18 @@ class SettingsReader final : public ParamReader {
   bool Checked(int id) const override;
   Colour ColourValue(int id) const override;
   int32_t Selection(int id) const override;
+  int32_t Picker(int id) const override;
 
  private:
   const Settings* m_settings;
   const StyleEntry* m_style;
 };
 
-// Spin text for spins and direction pickers; their value is clamped to it.
-bool HasSpinRange(const PageControl& control);
-
 // One stored setting of a style's page.
 struct StyleSetting {
   const PageControl* control = nullptr;  // label, kind, drop-down items
   std::string key;                       // e.g. "Style016Glare"
-  bool has_range = false;                // spins and direction pickers
-  SpinRange range;                       // with the value a fresh page shows
+  bool has_range = false;                // the value is clamped to control->range
   int32_t initial = 0;                   // the configuration's built-in default
   int32_t stored = 0;                    // as the settings hold it
   int32_t value = 0;                     // as the effect reads it

@@ -8,8 +8,8 @@
 
 #include "base/alloc.h"
 #include "base/byte_sink.h"
-#include "output/gif_status.h"
 #include "image/image.h"
+#include "output/gif_status.h"
 
 namespace tess {
 

@@ -13,8 +13,8 @@
 #include <string_view>
 
 #include "base/byte_sink.h"
-#include "output/gif_writer.h"
 #include "image/image.h"
+#include "output/gif_writer.h"
 
 namespace tess {
 

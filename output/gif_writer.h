@@ -18,9 +18,9 @@
 #include <string_view>
 
 #include "base/byte_sink.h"
+#include "image/image.h"
 #include "output/gif_lzw.h"
 #include "output/gif_status.h"
-#include "image/image.h"
 
 namespace tess {
 

@@ -82,7 +82,7 @@ std::string_view StringText(int id) {
 }
 
 std::string_view PaletteName(int choice) {
-  if (choice < 0 || choice >= kPaletteNameCount) return kStringTableError;
+  if (choice < 0 || choice > kStrPaletteNameLast - kStrPaletteNameFirst) return kStringTableError;
   return StringText(kStrPaletteNameFirst + choice);
 }
 

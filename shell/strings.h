@@ -16,7 +16,7 @@ inline constexpr int kStrMemoryError = 6;
 inline constexpr int kStrErrorCreatingFile = 10;
 inline constexpr int kStrErrorWritingFile = 11;
 inline constexpr int kStrPaletteNameFirst = 1600;  // + palette choice 0..8
-inline constexpr int kPaletteNameCount = 9;
+inline constexpr int kStrPaletteNameLast = 1608;
 
 // Message texts that had no number of their own: 2000-2099.
 inline constexpr int kStrFirstUnnumbered = 2000;

@@ -30,11 +30,11 @@ constexpr int kSmoothControl = kFirstOwnControl + 1;
 constexpr std::array kPage = Join(
     TileRows(kNumber),
     std::array{
-        Spin(Id(kOpacityControl), kLeft, 3, "Opacity:", "FillOpacity", "1,255,255"),
-        Spin(Id(kDriftControl), kLeft, 4, "Drift:", "Drift", "0,99,25"),
-        Spin(Id(kSizeControl), kLeft, 5, "Size:", "Size", "10,64,18"),
-        Spin(Id(kDensityControl), kLeft, 6, "Density:", "Density", "8,256,32"),
-        Spin(Id(kSeedControl), kLeft, 7, "Seed:", "Seed", "100,32760,1000"),
+        Spin(Id(kOpacityControl), kLeft, 3, "Opacity:", "FillOpacity", {1, 255, 255}),
+        Spin(Id(kDriftControl), kLeft, 4, "Drift:", "Drift", {0, 99, 25}),
+        Spin(Id(kSizeControl), kLeft, 5, "Size:", "Size", {10, 64, 18}),
+        Spin(Id(kDensityControl), kLeft, 6, "Density:", "Density", {8, 256, 32}),
+        Spin(Id(kSeedControl), kLeft, 7, "Seed:", "Seed", {100, 32760, 1000}),
         Check(Id(kInverseControl), kLeft, 8, "Inverse", "Inverse"),
         Check(Id(kSmoothControl), kLeft, 9, "Smooth", "Smooth"),
         Background(kNumber, kRight, 0),

@@ -14,11 +14,11 @@ constexpr int Id(int n) { return PageControlId(kNumber, n); }
 constexpr std::array kPage = Join(
     TileRows(kNumber),
     std::array{
-        Spin(Id(kSeedControl), kLeft, 3, "Seed:", "Seed", "100,32760,1002"),
-        Spin(Id(kDensityControl), kLeft, 4, "Density:", "Density", "8,256,32"),
-        Spin(Id(kOpacityControl), kLeft, 5, "Opacity:", "FillOpacity", "1,255,255"),
-        Spin(Id(kFirstOwnControl), kLeft, 6, "Thickness:", "Thickness", "1,32,6"),
-        Spin(Id(kFirstOwnControl + 1), kLeft, 7, "Roundness:", "Roundness", "0,100,25"),
+        Spin(Id(kSeedControl), kLeft, 3, "Seed:", "Seed", {100, 32760, 1002}),
+        Spin(Id(kDensityControl), kLeft, 4, "Density:", "Density", {8, 256, 32}),
+        Spin(Id(kOpacityControl), kLeft, 5, "Opacity:", "FillOpacity", {1, 255, 255}),
+        Spin(Id(kFirstOwnControl), kLeft, 6, "Thickness:", "Thickness", {1, 32, 6}),
+        Spin(Id(kFirstOwnControl + 1), kLeft, 7, "Roundness:", "Roundness", {0, 100, 25}),
         Background(kNumber, kRight, 0),
     },
     ColourRows(kNumber, 1),

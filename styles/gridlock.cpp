@@ -12,11 +12,11 @@ constexpr int kNumber = 16;
 constexpr int Id(int n) { return PageControlId(kNumber, n); }
 
 constexpr std::array kPage = Join(
-    TileRows(kNumber, "48,1024,128"),
+    TileRows(kNumber, {48, 1024, 128}),
     std::array{
-        Spin(Id(kSeedControl), kLeft, 3, "Seed:", "Seed", "100,32760,1016"),
-        Spin(Id(kSizeControl), kLeft, 4, "Size:", "Size", "10,36,18"),
-        Spin(Id(kDensityControl), kLeft, 5, "Density:", "Density", "8,256,32"),
+        Spin(Id(kSeedControl), kLeft, 3, "Seed:", "Seed", {100, 32760, 1016}),
+        Spin(Id(kSizeControl), kLeft, 4, "Size:", "Size", {10, 36, 18}),
+        Spin(Id(kDensityControl), kLeft, 5, "Density:", "Density", {8, 256, 32}),
     },
     ShadingRows(kNumber, kFirstOwnControl),
     std::array{Background(kNumber, kRight, 0)},

@@ -14,10 +14,10 @@ constexpr int Id(int n) { return PageControlId(kNumber, n); }
 constexpr std::array kPage = Join(
     TileRows(kNumber),
     std::array{
-        Spin(Id(kSeedControl), kLeft, 3, "Seed:", "Seed", "100,32760,1001"),
-        Spin(Id(kDensityControl), kLeft, 4, "Density:", "Density", "8,256,32"),
-        Spin(Id(kOpacityControl), kLeft, 5, "Opacity:", "FillOpacity", "1,255,255"),
-        Picker(Id(kScrollControl), kLeft, 6, "Scroll", "0,3,1"),
+        Spin(Id(kSeedControl), kLeft, 3, "Seed:", "Seed", {100, 32760, 1001}),
+        Spin(Id(kDensityControl), kLeft, 4, "Density:", "Density", {8, 256, 32}),
+        Spin(Id(kOpacityControl), kLeft, 5, "Opacity:", "FillOpacity", {1, 255, 255}),
+        Picker(Id(kScrollControl), kLeft, 6, "Scroll", {0, 3, 1}),
         Background(kNumber, kRight, 0),
     },
     ColourRows(kNumber, 1));

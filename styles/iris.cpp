@@ -12,12 +12,12 @@ constexpr int kNumber = 3;
 constexpr int Id(int n) { return PageControlId(kNumber, n); }
 
 // "Ring 1:" to "Ring 6:" choose the pattern of the six ring bands.
-constexpr const char* kRingPatterns = "Plain;Outline;Dots;Dashes;Stripes;Checks;Rays;Soft";
+constexpr std::string_view kRingPatterns[] = {"Plain", "Outline", "Dots", "Dashes", "Stripes", "Checks", "Rays", "Soft"};
 
 constexpr std::array kPage = Join(
     std::array{
-        Spin(Id(kFramesControl), kLeft, 0, "Frames:", "Frames", "16,32760,64"),
-        Spin(Id(kSizeControl), kLeft, 1, "Iris size:", "Size", "8,48,12"),
+        Spin(Id(kFramesControl), kLeft, 0, "Frames:", "Frames", {16, 32760, 64}),
+        Spin(Id(kSizeControl), kLeft, 1, "Iris size:", "Size", {8, 48, 12}),
         DropDown(Id(kFirstOwnControl), kLeft, 2, "Ring 1:", "Style1", kRingPatterns),
         DropDown(Id(kFirstOwnControl + 1), kLeft, 3, "Ring 2:", "Style2", kRingPatterns),
         DropDown(Id(kFirstOwnControl + 2), kLeft, 4, "Ring 3:", "Style3", kRingPatterns),

@@ -43,8 +43,8 @@ constexpr int EnableControl(int i) { return 20 + i; }
 // Shaped Fountain 306, Atmosphere 451, Carpet 496.
 constexpr int kBuiltInFountainIds[] = {270, 290, 306, 451, 496};
 
-// Direction pickers carry their value range in the spin text: "0,3,d" for the
-// four-way picker, "0,1,d" for the two-way one.
+// Direction pickers carry their cell range: {0, 3, d} for the four-way
+// picker, {0, 1, d} for the two-way one.
 constexpr int kTwoWayPickerMax = 1;
 
 // ---------------------------------------------------------------- grid
@@ -71,11 +71,7 @@ struct Place {
   int16_t x, y, w, h;
 };
 
-// Where the shell puts the static label of a control that has one (every kind
-// except check boxes, whose text is their own, and plain labels).
-constexpr bool HasSeparateLabel(const PageControl& c) {
-  return c.kind != ControlKind::kCheck && c.kind != ControlKind::kLabel;
-}
+// Where the shell puts the static label of a control whose kind has one.
 constexpr Place LabelPlace(const PageControl& c) {
   int col = c.x >= kLabelX[kRight] ? kRight : kLeft;
   return {kLabelX[col], c.y, static_cast<int16_t>(kControlX[col] - 2 - kLabelX[col]), c.h};
@@ -84,52 +80,54 @@ constexpr Place LabelPlace(const PageControl& c) {
 // ---------------------------------------------------------------- control builders
 
 constexpr PageControl InCell(int id, ControlKind kind, Column col, int row, const char* label,
-                             const char* key, const char* spin, int16_t width) {
-  return PageControl{id, kind, label, key, spin, kControlX[col], RowY(row), width, kRowHeight};
+                             const char* key, int16_t width, SpinRange range = {},
+                             ItemList items = {}) {
+  return PageControl{id,    kind,           label,     key,   range,
+                     items, kControlX[col], RowY(row), width, kRowHeight};
 }
 
 constexpr PageControl Spin(int id, Column col, int row, const char* label, const char* key,
-                           const char* range) {
-  return InCell(id, ControlKind::kSpin, col, row, label, key, range, kSpinWidth);
+                           SpinRange range) {
+  return InCell(id, ControlKind::kSpin, col, row, label, key, kSpinWidth, range);
 }
 
 // Check boxes take the whole cell: their text is their label.
 constexpr PageControl Check(int id, Column col, int row, const char* label, const char* key) {
-  return PageControl{id,         ControlKind::kCheck,
-                     label,      key,
-                     nullptr,    kLabelX[col],
-                     RowY(row),  static_cast<int16_t>(kColumnEnd[col] - kLabelX[col]),
-                     kRowHeight};
+  return PageControl{id,        ControlKind::kCheck,
+                     label,     key,
+                     {},        {},
+                     kLabelX[col], RowY(row),
+                     static_cast<int16_t>(kColumnEnd[col] - kLabelX[col]), kRowHeight};
+}
+
+constexpr int16_t CellRest(Column col) {
+  return static_cast<int16_t>(kColumnEnd[col] - kControlX[col]);
 }
 
 constexpr PageControl DropDown(int id, Column col, int row, const char* label, const char* key,
-                               const char* items) {
-  return InCell(id, ControlKind::kDropDown, col, row, label, key, items,
-                static_cast<int16_t>(kColumnEnd[col] - kControlX[col]));
+                               ItemList items) {
+  return InCell(id, ControlKind::kDropDown, col, row, label, key, CellRest(col), {}, items);
 }
 
-constexpr PageControl Picker(int id, Column col, int row, const char* key, const char* range) {
-  return InCell(id, ControlKind::kPicker, col, row, "Scroll:", key, range,
-                static_cast<int16_t>(kColumnEnd[col] - kControlX[col]));
+constexpr PageControl Picker(int id, Column col, int row, const char* key, SpinRange range) {
+  return InCell(id, ControlKind::kPicker, col, row, "Scroll:", key, CellRest(col), range);
 }
 
 // Fountain and matrix buttons are stored by their own controls, not by a key.
 constexpr PageControl Fountain(int id, Column col, int row) {
-  return InCell(id, ControlKind::kFountain, col, row, "Fountain:", nullptr, nullptr,
-                static_cast<int16_t>(kColumnEnd[col] - kControlX[col]));
+  return InCell(id, ControlKind::kFountain, col, row, "Fountain:", nullptr, CellRest(col));
 }
 constexpr PageControl Matrix(int id, Column col, int row) {
-  return InCell(id, ControlKind::kMatrix, col, row, "Matrix:", nullptr, nullptr,
-                static_cast<int16_t>(kColumnEnd[col] - kControlX[col]));
+  return InCell(id, ControlKind::kMatrix, col, row, "Matrix:", nullptr, CellRest(col));
 }
 
 constexpr PageControl ColourButton(int id, Column col, int row, const char* label,
                                    const char* key) {
-  return InCell(id, ControlKind::kColourButton, col, row, label, key, nullptr, kButtonWidth);
+  return InCell(id, ControlKind::kColourButton, col, row, label, key, kButtonWidth);
 }
 constexpr PageControl FillButton(int id, Column col, int row, const char* label,
                                  const char* key) {
-  return InCell(id, ControlKind::kFillButton, col, row, label, key, nullptr, kButtonWidth);
+  return InCell(id, ControlKind::kFillButton, col, row, label, key, kButtonWidth);
 }
 
 constexpr PageControl Background(int style, Column col, int row) {
@@ -162,7 +160,8 @@ constexpr std::array<PageControl, 9> ColourRows(int style, int first_row,
                                ControlKind::kCheck,
                                "Enable",
                                kFillEnableKeys[i - 1],
-                               nullptr,
+                               {},
+                               {},
                                kEnableX,
                                RowY(row),
                                static_cast<int16_t>(kColumnEnd[kRight] - kEnableX),
@@ -183,9 +182,9 @@ constexpr std::array<PageControl, (N + ...)> Join(const std::array<PageControl, 
 }
 
 // "Frames:", "Width:" and "Depth:" in the first three rows of the left
-// column, the way most pages open; `tile` is the width and depth spin text.
-constexpr std::array<PageControl, 3> TileRows(int style, const char* tile = "16,1024,128") {
-  return {Spin(PageControlId(style, kFramesControl), kLeft, 0, "Frames:", "Frames", "2,32760,64"),
+// column, the way most pages open; `tile` is the width and depth range.
+constexpr std::array<PageControl, 3> TileRows(int style, SpinRange tile = {16, 1024, 128}) {
+  return {Spin(PageControlId(style, kFramesControl), kLeft, 0, "Frames:", "Frames", {2, 32760, 64}),
           Spin(PageControlId(style, kWidthControl), kLeft, 1, "Width:", "Width", tile),
           Spin(PageControlId(style, kDepthControl), kLeft, 2, "Depth:", "Depth", tile)};
 }
@@ -195,12 +194,12 @@ constexpr std::array<PageControl, 3> TileRows(int style, const char* tile = "16,
 // is the first control number. Without `shadows` both shadow settings start
 // at 0.
 constexpr std::array<PageControl, 4> ShadingRows(int style, int n, bool shadows = true) {
-  return {Spin(PageControlId(style, n), kLeft, 6, "Glare:", "Glare", "0,255,160"),
-          Spin(PageControlId(style, n + 1), kLeft, 7, "Shade:", "Shade", "0,255,70"),
+  return {Spin(PageControlId(style, n), kLeft, 6, "Glare:", "Glare", {0, 255, 160}),
+          Spin(PageControlId(style, n + 1), kLeft, 7, "Shade:", "Shade", {0, 255, 70}),
           Spin(PageControlId(style, n + 2), kLeft, 8, "Shadow offset:", "ShadowOffset",
-               shadows ? "0,32,8" : "0,32,0"),
+               shadows ? SpinRange{0, 32, 8} : SpinRange{0, 32, 0}),
           Spin(PageControlId(style, n + 3), kLeft, 9, "Shadow opacity:", "ShadowOpacity",
-               shadows ? "1,255,255" : "0,255,0")};
+               shadows ? SpinRange{1, 255, 255} : SpinRange{0, 255, 0})};
 }
 
 // ---------------------------------------------------------------- background queries

@@ -41,9 +41,9 @@ constexpr ColourLabels kBeamLabels = {"Beam 1:", "Beam 2:", "Beam 3:", "Beam 4:"
 constexpr std::array kPage = Join(
     TileRows(kNumber),
     std::array{
-        Spin(Id(kPowerControl), kLeft, 3, "Power:", "Power", "1,8,3"),
-        Spin(Id(kDensityControl), kLeft, 4, "Density:", "Density", "8,256,32"),
-        Spin(Id(kSeedControl), kLeft, 5, "Seed:", "Seed", "100,32760,1010"),
+        Spin(Id(kPowerControl), kLeft, 3, "Power:", "Power", {1, 8, 3}),
+        Spin(Id(kDensityControl), kLeft, 4, "Density:", "Density", {8, 256, 32}),
+        Spin(Id(kSeedControl), kLeft, 5, "Seed:", "Seed", {100, 32760, 1010}),
         Background(kNumber, kRight, 0),
     },
     ColourRows(kNumber, 1, kBeamLabels),

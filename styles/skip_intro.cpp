@@ -13,14 +13,17 @@ constexpr int kNumber = 14;
 constexpr int Id(int n) { return PageControlId(kNumber, n); }
 
 // Density counts rings of spokes, so it is small.
+// How the spokes move, the "Mode:" list.
+constexpr std::string_view kModes[] = {"Spin", "Pulse", "Spiral"};
+
 constexpr std::array kPage = Join(
     std::array{
-        Spin(Id(kSizeControl), kLeft, 0, "Size:", "Size", "16,1024,128"),
-        Spin(Id(kFirstOwnControl), kLeft, 1, "Spokes:", "Spokes", "1,32,6"),
-        DropDown(Id(kFirstOwnControl + 1), kLeft, 2, "Mode:", "Mode", "Spin;Pulse;Spiral"),
-        Spin(Id(kDensityControl), kLeft, 3, "Density:", "Density", "1,16,3"),
-        Spin(Id(kDriftControl), kLeft, 4, "Drift:", "Drift", "0,99,25"),
-        Spin(Id(kSeedControl), kLeft, 5, "Seed:", "Seed", "100,32760,1014"),
+        Spin(Id(kSizeControl), kLeft, 0, "Size:", "Size", {16, 1024, 128}),
+        Spin(Id(kFirstOwnControl), kLeft, 1, "Spokes:", "Spokes", {1, 32, 6}),
+        DropDown(Id(kFirstOwnControl + 1), kLeft, 2, "Mode:", "Mode", kModes),
+        Spin(Id(kDensityControl), kLeft, 3, "Density:", "Density", {1, 16, 3}),
+        Spin(Id(kDriftControl), kLeft, 4, "Drift:", "Drift", {0, 99, 25}),
+        Spin(Id(kSeedControl), kLeft, 5, "Seed:", "Seed", {100, 32760, 1014}),
         Background(kNumber, kRight, 0),
     },
     ColourRows(kNumber, 1));

@@ -1,57 +1,8 @@
-// The shared parts of every style: spin text, the generator, colour pick and
-// the preview/build calling order.
+// The shared parts of every style: the generator, colour pick and the
+// preview/build calling order.
 #include "styles/style.h"
 
-#include <cctype>
-#include <charconv>
-
 namespace tess {
-namespace {
-
-// One signed decimal of the spin text, sscanf-style: leading blanks, a sign,
-// digits. Advances `text`; false when there is no number.
-bool ScanInt(std::string_view& text, int32_t& out) {
-  size_t i = 0;
-  while (i < text.size() && std::isspace(static_cast<unsigned char>(text[i]))) ++i;
-  size_t start = i;
-  if (i < text.size() && (text[i] == '-' || text[i] == '+')) ++i;
-  size_t digits = i;
-  while (i < text.size() && std::isdigit(static_cast<unsigned char>(text[i]))) ++i;
-  if (i == digits) return false;
-  int64_t value = 0;
-  std::string_view number = text.substr(start, i - start);
-  if (number[0] == '+') number.remove_prefix(1);
-  std::from_chars(number.data(), number.data() + number.size(), value);
-  out = static_cast<int32_t>(value);
-  text.remove_prefix(i);
-  return true;
-}
-
-bool ScanComma(std::string_view& text) {
-  if (text.empty() || text[0] != ',') return false;
-  text.remove_prefix(1);
-  return true;
-}
-
-}  // namespace
-
-SpinRange ParseSpinText(std::string_view text) {
-  SpinRange r;
-  int32_t v = 0;
-  if (!ScanInt(text, v)) return r;
-  r.min = v;
-  if (!ScanComma(text) || !ScanInt(text, v)) return r;
-  r.max = v;
-  if (!ScanComma(text) || !ScanInt(text, v)) return r;
-  r.def = v;
-  return r;
-}
-
-int32_t ClampSpin(const SpinRange& range, int64_t value) {
-  if (value < range.min) return range.min;
-  if (value > range.max) return range.max;
-  return static_cast<int32_t>(value);
-}
 
 int32_t Random::Next() {
   m_state = m_state * 0x000015A400004E35ull + 1;

@@ -2,7 +2,7 @@
 // its settings, the shared random generator and colour pick, and the calling
 // order of preview and build that makes the preview equal to frame 0.
 //
-// Sections: page declarations · reading settings · random generator ·
+// Sections: reading settings · random generator ·
 // colour pick · style entries · preview and build.
 #pragma once
 
@@ -14,59 +14,16 @@
 #include <utility>
 #include <vector>
 
+#include "controls/page_control.h"
 #include "image/frame_list.h"
 #include "image/image.h"
 
 namespace tess {
 
-// ---------------------------------------------------------------- page declarations
-
-// Kinds of page control. The same kinds bind to settings in the dialog and
-// write document lines.
-enum class ControlKind : uint8_t {
-  kSpin,          // edit with an up-down control; spin text "min,max,default"
-  kSignedSpin,    // as kSpin, stored as text
-  kCheck,         // check box, 0 or 1
-  kColourButton,  // plain colour (Background)
-  kFillButton,    // Colour 1-5: a fill whose value is its colour
-  kFountain,      // fountain gradient control
-  kPicker,        // direction picker
-  kMatrix,        // pixel-tile button
-  kDropDown,      // index drop-down list; items separated by ';'
-  kLabel,         // static text only
-};
-
-// One control of a style's page, declared once in the effect's source file.
-// The Windows shell creates its controls from these; the command-line host
-// reads ranges and defaults from them.
-struct PageControl {
-  int id;              // see PageControlId; fixed ids for the built-in fountains
-  ControlKind kind;
-  const char* label;   // the label as the page shows it, e.g. "Frames:"
-  const char* key;     // setting suffix after "StyleNNN", e.g. "Frames"; null for none
-  const char* spin;    // spin text for kSpin/kSignedSpin/kPicker; items for kDropDown
-  int16_t x, y, w, h;  // place on the page in dialog units
-};
-
-// Page controls of style number S are 3000 + 100*S + n (n = 1..99); each
-// up-down control is its edit's id + 10000.
-constexpr int PageControlId(int style_number, int n) { return 3000 + 100 * style_number + n; }
-constexpr int kUpDownIdOffset = 10000;
-
-struct SpinRange {
-  int32_t min = 0;
-  int32_t max = 100;
-  int32_t def = 0;
-};
-
-// "%d,%d,%d" into min, max and default; min 0 and max 100 stand when the text
-// does not parse, as the dialog's reading does.
-SpinRange ParseSpinText(std::string_view text);
-
-// An out-of-range entry is never an error: it is used as the nearest bound.
-int32_t ClampSpin(const SpinRange& range, int64_t value);
-
 // ---------------------------------------------------------------- reading settings
+
+// Pages are declared as controls/page_control.h's PageControl; each kind's
+// rules are controls/control_kinds.h's.
 
 // How settings reach a style, by control id. The command-line host implements
 // it over the settings object, the Windows dialog over its controls.
@@ -80,6 +37,8 @@ class ParamReader {
   virtual Colour ColourValue(int id) const = 0;
   // Index drop-down: the selected index.
   virtual int32_t Selection(int id) const = 0;
+  // Direction picker: the selected cell's index, within the picker's range.
+  virtual int32_t Picker(int id) const = 0;
 };
 
 // ---------------------------------------------------------------- random generator

@@ -14,12 +14,12 @@ constexpr int Id(int n) { return PageControlId(kNumber, n); }
 constexpr std::array kPage = Join(
     TileRows(kNumber),
     std::array{
-        Spin(Id(kSeedControl), kLeft, 3, "Seed:", "Seed", "100,32760,1019"),
-        Spin(Id(kSizeControl), kLeft, 4, "Size:", "Size", "2,64,10"),
-        Spin(Id(kFirstOwnControl), kLeft, 5, "Amplitude:", "Amplitude", "0,100,75"),
-        Spin(Id(kFirstOwnControl + 1), kLeft, 6, "Glare:", "Glare", "0,255,160"),
-        Spin(Id(kFirstOwnControl + 2), kLeft, 7, "Shade:", "Shade", "0,255,70"),
-        Picker(Id(kScrollControl), kLeft, 8, "Scroll", "0,3,1"),
+        Spin(Id(kSeedControl), kLeft, 3, "Seed:", "Seed", {100, 32760, 1019}),
+        Spin(Id(kSizeControl), kLeft, 4, "Size:", "Size", {2, 64, 10}),
+        Spin(Id(kFirstOwnControl), kLeft, 5, "Amplitude:", "Amplitude", {0, 100, 75}),
+        Spin(Id(kFirstOwnControl + 1), kLeft, 6, "Glare:", "Glare", {0, 255, 160}),
+        Spin(Id(kFirstOwnControl + 2), kLeft, 7, "Shade:", "Shade", {0, 255, 70}),
+        Picker(Id(kScrollControl), kLeft, 8, "Scroll", {0, 3, 1}),
         Background(kNumber, kRight, 0),
     },
     ColourRows(kNumber, 1));

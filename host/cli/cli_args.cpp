@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "output/palette.h"
 #include "shell/strings.h"
 
 #ifndef TESS_VERSION
@@ -321,7 +322,7 @@ std::string OptionLine(const OptionInfo& info) {
 
 std::string PaletteList() {
   std::string text = "Palettes (--palette):\n";
-  for (int i = 0; i < kPaletteNameCount; ++i)
+  for (int i = 0; i < kPaletteChoices; ++i)
     text += "  " + std::to_string(i) + "  " + std::string(PaletteName(i)) + (i == 6 ? " (default)\n" : "\n");
   text += "  adaptive  built from the frames (--custom-palette)\n";
   return text;

@@ -11,44 +11,19 @@
 #include <optional>
 #include <system_error>
 
+#include "controls/control_kinds.h"
+#include "dialog/settings_reader.h"
+#include "output/palette.h"
 #include "shell/config_file.h"
 #include "shell/main_dialog_ids.h"
 #include "shell/paths.h"
 #include "shell/strings.h"
-#include "dialog/settings_reader.h"
 #include "styles/style_table.h"
 
 namespace tess::cli {
 namespace {
 
-bool SameIgnoringCase(std::string_view a, std::string_view b) {
-  return a.size() == b.size() &&
-         std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
-         });
-}
-
 Failure Usage(std::string message) { return Failure{kExitUsage, std::move(message)}; }
-
-// Decimal, or hexadecimal after "0x"; an optional sign. Nothing may follow.
-std::optional<int64_t> ParseInteger(std::string_view text) {
-  bool negative = false;
-  if (!text.empty() && (text[0] == '-' || text[0] == '+')) {
-    negative = text[0] == '-';
-    text.remove_prefix(1);
-  }
-  int base = 10;
-  if (text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X')) {
-    base = 16;
-    text.remove_prefix(2);
-  }
-  if (text.empty()) return std::nullopt;
-  uint64_t value = 0;
-  auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value, base);
-  if (ec != std::errc() || end != text.data() + text.size() || value > 0xFFFFFFFFull)
-    return std::nullopt;
-  return negative ? -static_cast<int64_t>(value) : static_cast<int64_t>(value);
-}
 
 }  // namespace
 
@@ -94,28 +69,28 @@ bool SaveConfig(const ConfigPlan& plan, const Settings& settings, Platform& plat
 // ---------------------------------------------------------------- names
 
 int FindEffect(std::string_view text, std::span<const StyleEntry> styles) {
-  if (auto index = ParseInteger(text); index && !text.starts_with("0x"))
+  if (auto index = ParseWholeNumber(text); index && !text.starts_with("0x"))
     return *index >= 0 && *index < static_cast<int64_t>(styles.size()) ? static_cast<int>(*index) : -1;
   std::string wanted(text);
   std::replace(wanted.begin(), wanted.end(), '-', ' ');
   std::replace(wanted.begin(), wanted.end(), '_', ' ');
   for (size_t i = 0; i < styles.size(); ++i)
-    if (SameIgnoringCase(styles[i].name, wanted)) return static_cast<int>(i);
+    if (SameTextIgnoringCase(styles[i].name, wanted)) return static_cast<int>(i);
   return -1;
 }
 
 bool FindPalette(std::string_view text, int* choice, bool* adaptive) {
-  if (SameIgnoringCase(text, "adaptive") || SameIgnoringCase(text, "custom")) {
+  if (SameTextIgnoringCase(text, "adaptive") || SameTextIgnoringCase(text, "custom")) {
     *adaptive = true;
     return true;
   }
-  if (auto index = ParseInteger(text)) {
-    if (*index < 0 || *index >= kPaletteNameCount) return false;
+  if (auto index = ParseWholeNumber(text)) {
+    if (*index < 0 || *index >= kPaletteChoices) return false;
     *choice = static_cast<int>(*index);
     return true;
   }
-  for (int i = 0; i < kPaletteNameCount; ++i) {
-    if (SameIgnoringCase(PaletteName(i), text)) {
+  for (int i = 0; i < kPaletteChoices; ++i) {
+    if (SameTextIgnoringCase(PaletteName(i), text)) {
       *choice = i;
       return true;
     }
@@ -147,7 +122,7 @@ const StyleEntry* StyleWithNumber(std::span<const StyleEntry> styles, int number
 
 // "Style" + three digits + suffix: the page control of that style bound to the suffix.
 const PageControl* ControlOfStyleKey(std::string_view key, std::span<const StyleEntry> styles) {
-  if (key.size() <= 8 || !SameIgnoringCase(key.substr(0, 5), "Style")) return nullptr;
+  if (key.size() <= 8 || !SameTextIgnoringCase(key.substr(0, 5), "Style")) return nullptr;
   int number = 0;
   for (size_t i = 5; i < 8; ++i) {
     if (!std::isdigit(static_cast<unsigned char>(key[i]))) return nullptr;
@@ -161,7 +136,7 @@ bool FindSetTarget(std::string_view key, const Settings& settings,
                    std::span<const StyleEntry> styles, SetTarget* target, Failure* failure) {
   std::span<const ConfigKey> keys = ConfigKeys();
   for (size_t i = 0; i < keys.size(); ++i) {
-    if (SameIgnoringCase(keys[i].name, key)) {
+    if (SameTextIgnoringCase(keys[i].name, key)) {
       target->index = static_cast<int>(i);
       target->control = ControlOfStyleKey(keys[i].name, styles);
       return true;
@@ -183,86 +158,13 @@ bool FindSetTarget(std::string_view key, const Settings& settings,
   return false;
 }
 
-std::optional<int32_t> ParseSwitch(std::string_view text) {
-  for (std::string_view on : {"1", "on", "yes", "true"})
-    if (SameIgnoringCase(text, on)) return 1;
-  for (std::string_view off : {"0", "off", "no", "false"})
-    if (SameIgnoringCase(text, off)) return 0;
-  return std::nullopt;
-}
-
-// "#RRGGBB" keeps the stored top byte, which belongs to a fill description.
-std::optional<int32_t> ParseColour(std::string_view text, int32_t stored) {
-  if (text.size() == 7 && text[0] == '#') {
-    uint32_t rgb = 0;
-    auto [end, ec] = std::from_chars(text.data() + 1, text.data() + 7, rgb, 16);
-    if (ec != std::errc() || end != text.data() + 7) return std::nullopt;
-    Colour colour = MakeColour(rgb >> 16, rgb >> 8, rgb);
-    return static_cast<int32_t>((static_cast<uint32_t>(stored) & 0xFF000000u) | colour);
-  }
-  auto value = ParseInteger(text);
-  if (!value || *value < INT32_MIN) return std::nullopt;
-  return static_cast<int32_t>(static_cast<uint32_t>(*value));
-}
-
-std::optional<int32_t> ParseInRange(std::string_view text, int64_t min, int64_t max) {
-  auto value = ParseInteger(text);
-  if (!value || *value < min || *value > max) return std::nullopt;
-  return static_cast<int32_t>(*value);
-}
-
-std::string RangeText(int64_t min, int64_t max) {
-  return "a whole number from " + std::to_string(min) + " to " + std::to_string(max);
-}
-
-// The items of a drop-down, separated by ';'.
-std::vector<std::string_view> DropDownItems(const PageControl& control) {
-  std::vector<std::string_view> items;
-  std::string_view rest = control.spin ? control.spin : "";
-  while (!rest.empty()) {
-    size_t semi = rest.find(';');
-    items.push_back(rest.substr(0, semi));
-    if (semi == std::string_view::npos) break;
-    rest = rest.substr(semi + 1);
-  }
-  return items;
-}
-
-// The value for a key a page control edits, checked as that control would.
-std::optional<int32_t> ControlValue(const PageControl& control, std::string_view text, int32_t stored,
-                                    std::string* expected) {
-  switch (control.kind) {
-    case ControlKind::kCheck:
-      *expected = "on or off (1/0, yes/no, true/false)";
-      return ParseSwitch(text);
-    case ControlKind::kColourButton:
-    case ControlKind::kFillButton:
-      *expected = "a colour, #RRGGBB or a number";
-      return ParseColour(text, stored);
-    case ControlKind::kDropDown: {
-      std::vector<std::string_view> items = DropDownItems(control);
-      for (size_t i = 0; i < items.size(); ++i)
-        if (SameIgnoringCase(items[i], text)) return static_cast<int32_t>(i);
-      *expected = "one of";
-      for (size_t i = 0; i < items.size(); ++i)
-        *expected += (i ? ", " : " ") + std::to_string(i) + " (" + std::string(items[i]) + ")";
-      return ParseInRange(text, 0, static_cast<int64_t>(items.size()) - 1);
-    }
-    default: {
-      SpinRange range = ParseSpinText(control.spin ? control.spin : "");
-      *expected = RangeText(range.min, range.max);
-      return ParseInRange(text, range.min, range.max);
-    }
-  }
-}
-
 // The value for a general key, by its kind; the main dialog's lists and the
 // delay have the ranges the dialog gives them.
 std::optional<int32_t> KeyValue(int index, std::string_view text, std::string* expected) {
   const ConfigKey& key = ConfigKeys()[static_cast<size_t>(index)];
   if (index == KeyIndex(Key::MainDelay)) {
-    *expected = RangeText(CliDialogReader::kMinDelay, CliDialogReader::kMaxDelay);
-    return ParseInRange(text, CliDialogReader::kMinDelay, CliDialogReader::kMaxDelay);
+    *expected = NumberRangeWords(CliDialogReader::kMinDelay, CliDialogReader::kMaxDelay);
+    return ParseNumberIn(text, CliDialogReader::kMinDelay, CliDialogReader::kMaxDelay);
   }
   if (index == KeyIndex(Key::MainPalette)) {
     int choice = 0;
@@ -272,15 +174,15 @@ std::optional<int32_t> KeyValue(int index, std::string_view text, std::string* e
     return std::nullopt;
   }
   if (index == KeyIndex(Key::MainEffect)) {
-    *expected = RangeText(0, kStyleCount - 1);
-    return ParseInRange(text, 0, kStyleCount - 1);
+    *expected = NumberRangeWords(0, kStyleCount - 1);
+    return ParseNumberIn(text, 0, kStyleCount - 1);
   }
   if (key.kind & kKindSwitch) {
     *expected = "on or off (1/0, yes/no, true/false)";
-    return ParseSwitch(text);
+    return ParseSwitchText(text);
   }
   *expected = "a whole number";
-  return ParseInRange(text, INT32_MIN, UINT32_MAX);
+  return ParseNumberIn(text, INT32_MIN, UINT32_MAX);
 }
 
 }  // namespace
@@ -308,8 +210,9 @@ bool ApplySet(std::string_view assignment, Settings& settings, std::span<const S
   }
   std::string expected;
   int32_t stored = settings.NumberAt(target.index);
-  std::optional<int32_t> value = target.control ? ControlValue(*target.control, text, stored, &expected)
-                                                : KeyValue(target.index, text, &expected);
+  std::optional<int32_t> value =
+      target.control ? KindRules(*target.control).parse(*target.control, text, stored, &expected)
+                     : KeyValue(target.index, text, &expected);
   if (!value) {
     *failure = Usage("bad value '" + std::string(text) + "' for " + std::string(config_key.name) +
                      ": expected " + expected);
@@ -332,10 +235,10 @@ bool ApplyBuildOptions(const CliArgs& args, Settings& settings, std::span<const 
     settings.SetNumber(Key::MainEffect, index);
   }
   if (args.delay) {
-    auto delay = ParseInRange(*args.delay, CliDialogReader::kMinDelay, CliDialogReader::kMaxDelay);
+    auto delay = ParseNumberIn(*args.delay, CliDialogReader::kMinDelay, CliDialogReader::kMaxDelay);
     if (!delay) {
       *failure = Usage("bad delay '" + *args.delay + "': expected " +
-                       RangeText(CliDialogReader::kMinDelay, CliDialogReader::kMaxDelay));
+                       NumberRangeWords(CliDialogReader::kMinDelay, CliDialogReader::kMaxDelay));
       return false;
     }
     settings.SetNumber(Key::MainDelay, *delay);
@@ -401,6 +304,10 @@ int32_t CliDialogReader::Selection(int id) const {
   if (id == kEffectList) return m_settings.Number(Key::MainEffect);
   if (id == kPaletteList) return m_settings.Number(Key::MainPalette);
   return m_style ? SettingsReader(m_settings, *m_style).Selection(id) : 0;
+}
+
+int32_t CliDialogReader::Picker(int id) const {
+  return m_style ? SettingsReader(m_settings, *m_style).Picker(id) : 0;
 }
 
 }  // namespace tess::cli

@@ -96,6 +96,7 @@ class CliDialogReader final : public ParamReader {
   bool Checked(int id) const override;
   Colour ColourValue(int id) const override;
   int32_t Selection(int id) const override;
+  int32_t Picker(int id) const override;
 
  private:
   const Settings& m_settings;

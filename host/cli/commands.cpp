@@ -12,15 +12,16 @@
 #include <memory>
 #include <vector>
 
+#include "controls/control_kinds.h"
+#include "dialog/settings_document.h"
+#include "dialog/settings_reader.h"
+#include "driver/build_driver.h"
 #include "host/cli/cli_settings.h"
 #include "host/cli/gif_file_host.h"
 #include "host/cli/ppm.h"
-#include "driver/build_driver.h"
 #include "image/frame_list.h"
 #include "shell/main_dialog_ids.h"
 #include "shell/paths.h"
-#include "dialog/settings_document.h"
-#include "dialog/settings_reader.h"
 
 namespace tess::cli {
 namespace {
@@ -100,44 +101,6 @@ int SaveIfAsked(int code, const ConfigPlan& plan, const Settings& settings, CliE
 
 // ---------------------------------------------------------------- list
 
-std::string ColourText(int32_t value) {
-  char text[8];
-  Colour c = static_cast<Colour>(value);
-  std::snprintf(text, sizeof text, "#%02X%02X%02X", ColourRed(c), ColourGreen(c), ColourBlue(c));
-  return text;
-}
-
-const char* KindText(ControlKind kind) {
-  switch (kind) {
-    case ControlKind::kCheck: return "switch";
-    case ControlKind::kColourButton: return "colour";
-    case ControlKind::kFillButton: return "fill";
-    case ControlKind::kDropDown: return "choice";
-    case ControlKind::kPicker: return "direction";
-    default: return "number";
-  }
-}
-
-std::string ValueText(const StyleSetting& s, int32_t value) {
-  switch (s.control->kind) {
-    case ControlKind::kCheck: return value ? "on" : "off";
-    case ControlKind::kColourButton:
-    case ControlKind::kFillButton: return ColourText(value);
-    default: return std::to_string(value);
-  }
-}
-
-std::string RangeText(const StyleSetting& s) {
-  if (s.has_range) return std::to_string(s.range.min) + ".." + std::to_string(s.range.max);
-  if (s.control->kind == ControlKind::kDropDown) {
-    std::string items = s.control->spin ? s.control->spin : "";
-    int count = items.empty() ? 0 : 1;
-    for (char c : items) count += c == ';';
-    return "0.." + std::to_string(count - 1);
-  }
-  return "-";
-}
-
 std::string Column(std::string text, size_t width) {
   if (text.size() < width) text.append(width - text.size(), ' ');
   return text + ' ';
@@ -159,10 +122,12 @@ void ListSettings(const StyleEntry& style, int index, const Settings& settings, 
   env.out << Column("KEY", 16) << Column("KIND", 9) << Column("RANGE", 12) << Column("DEFAULT", 9)
           << "VALUE\n";
   for (const StyleSetting& s : ListStyleSettings(settings, style)) {
-    std::string value = ValueText(s, s.value);
+    const PageControl& c = *s.control;
+    const ControlKindRules& rules = KindRules(c);
+    std::string value = rules.format(c, s.value);
     if (s.has_range && s.stored != s.value) value += " (stored " + std::to_string(s.stored) + ")";
-    env.out << Column(s.control->key, 16) << Column(KindText(s.control->kind), 9)
-            << Column(RangeText(s), 12) << Column(ValueText(s, s.initial), 9) << value << '\n';
+    env.out << Column(c.key, 16) << Column(rules.listing_name, 9) << Column(RangeText(c), 12)
+            << Column(rules.format(c, s.initial), 9) << value << '\n';
   }
 }
 

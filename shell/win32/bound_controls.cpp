@@ -9,9 +9,7 @@
 #include <limits>
 #include <new>
 
-#include "dialog/dialog_pages.h"
 #include "shell/strings.h"
-#include "styles/style.h"
 
 namespace tess::win32 {
 namespace {
@@ -31,11 +29,6 @@ void SetText(HWND hwnd, const std::string& text) { SetWindowTextA(hwnd, text.c_s
 // The up-down paired with a number field: same parent, id + 10000.
 HWND UpDownOf(HWND field) {
   return GetDlgItem(GetParent(field), GetDlgCtrlID(field) + kUpDownIdOffset);
-}
-
-std::string SpinTextOf(HWND field) {
-  HWND updown = UpDownOf(field);
-  return updown ? WindowText(updown) : std::string();
 }
 
 void ShowNumber(HWND field, int32_t value) {
@@ -108,7 +101,7 @@ bool CheckBoxControl::Checked() const { return Button_GetCheck(hwnd()) == BST_CH
 std::string CheckBoxControl::ValueText() const { return NumberValueText(Checked() ? 1 : 0); }
 
 bool CheckBoxControl::TakeValue(std::string_view value) {
-  Button_SetCheck(hwnd(), ParseValueNumber(value) != 0 ? BST_CHECKED : BST_UNCHECKED);
+  Button_SetCheck(hwnd(), ValueOfText(m_control, value) != 0 ? BST_CHECKED : BST_UNCHECKED);
   if (m_slot) *m_slot = Checked() ? 1 : 0;
   return true;
 }
@@ -125,29 +118,31 @@ void CheckBoxControl::ShowSetting() {
 
 // ---------------------------------------------------------------- spin fields
 
+// A document line's value is shown as written, clamped only to what the
+// field can show; the setting takes the value clamped to the range.
 std::string SpinControl::ValueText() const {
-  return NumberValueText(SpinFieldValue(SpinTextOf(hwnd()), WindowText(hwnd())));
+  return LineText(m_control, ValueOfText(m_control, WindowText(hwnd())));
 }
 
 bool SpinControl::TakeValue(std::string_view value) {
   int32_t shown = FieldNumber(value);
   SetText(hwnd(), NumberValueText(shown));
-  if (m_slot) *m_slot = ClampSpin(ParseSpinText(SpinTextOf(hwnd())), shown);
+  if (m_slot) *m_slot = ClampSpin(m_control.range, shown);
   return true;
 }
 
 bool SpinControl::OnCommand(UINT code) {
   if (code != EN_CHANGE || !m_slot) return false;
-  *m_slot = SpinFieldValue(SpinTextOf(hwnd()), WindowText(hwnd()));
+  *m_slot = ValueOfText(m_control, WindowText(hwnd()));
   return true;
 }
 
 void SpinControl::ShowSetting() {
-  if (m_slot) ShowNumber(hwnd(), StoredSpinValue(ParseSpinText(SpinTextOf(hwnd())), *m_slot));
+  if (m_slot) ShowNumber(hwnd(), ShownValue(m_control, *m_slot));
 }
 
 std::string SignedSpinControl::ValueText() const {
-  return NumberValueText(SpinFieldValue(SpinTextOf(hwnd()), WindowText(hwnd())));
+  return LineText(m_control, ValueOfText(m_control, WindowText(hwnd())));
 }
 
 void SignedSpinControl::Store(int32_t value) {
@@ -160,20 +155,19 @@ void SignedSpinControl::Store(int32_t value) {
 bool SignedSpinControl::TakeValue(std::string_view value) {
   int32_t shown = FieldNumber(value);
   SetText(hwnd(), NumberValueText(shown));
-  Store(ClampSpin(ParseSpinText(SpinTextOf(hwnd())), shown));
+  Store(ClampSpin(m_control.range, shown));
   return true;
 }
 
 bool SignedSpinControl::OnCommand(UINT code) {
   if (code != EN_CHANGE) return false;
-  Store(SpinFieldValue(SpinTextOf(hwnd()), WindowText(hwnd())));
+  Store(ValueOfText(m_control, WindowText(hwnd())));
   return true;
 }
 
 void SignedSpinControl::ShowSetting() {
-  SpinRange range = ParseSpinText(SpinTextOf(hwnd()));
-  ShowNumber(hwnd(), m_slot ? StoredSpinValue(range, *m_slot)
-                            : ClampSpin(range, ParseValueNumber(m_settings.TextAt(m_index))));
+  ShowNumber(hwnd(), m_slot ? ShownValue(m_control, *m_slot)
+                            : ValueOfText(m_control, m_settings.TextAt(m_index)));
 }
 
 // ---------------------------------------------------------------- drop-down list
@@ -183,9 +177,7 @@ int DropDownControl::Selection() const { return ComboBox_GetCurSel(hwnd()); }
 std::string DropDownControl::ValueText() const { return NumberValueText(Selection()); }
 
 bool DropDownControl::TakeValue(std::string_view value) {
-  int64_t n = ParseValueNumber(value);
-  int index = n >= 0 && n < ComboBox_GetCount(hwnd()) ? static_cast<int>(n) : -1;
-  ComboBox_SetCurSel(hwnd(), index);
+  ComboBox_SetCurSel(hwnd(), ValueOfText(m_control, value));
   if (m_slot) *m_slot = Selection();
   return true;
 }
@@ -204,9 +196,13 @@ void DropDownControl::ShowSetting() {
 
 // ---------------------------------------------------------------- colour button
 
-Colour ColourButtonControl::Value() const { return ColourTextValue(WindowText(hwnd())); }
+Colour ColourButtonControl::Value() const {
+  return static_cast<Colour>(ValueOfText(m_control, WindowText(hwnd())));
+}
 
-std::string ColourButtonControl::ValueText() const { return UnsignedValueText(Value()); }
+std::string ColourButtonControl::ValueText() const {
+  return LineText(m_control, static_cast<int32_t>(Value()));
+}
 
 void ColourButtonControl::Show(uint32_t colour) {
   SetText(hwnd(), UnsignedValueText(colour));
@@ -214,7 +210,7 @@ void ColourButtonControl::Show(uint32_t colour) {
 }
 
 bool ColourButtonControl::TakeValue(std::string_view value) {
-  uint32_t colour = ColourTextValue(value);
+  uint32_t colour = static_cast<uint32_t>(ValueOfText(m_control, value));
   Show(colour);
   if (m_slot) *m_slot = static_cast<int32_t>(colour);
   return true;

@@ -23,6 +23,7 @@
 #include <string_view>
 
 #include "base/report.h"
+#include "controls/control_kinds.h"
 #include "image/image.h"
 #include "shell/document.h"
 #include "shell/settings.h"
@@ -70,11 +71,19 @@ class BoundControl : public DocumentControl {
   virtual void Draw(const DRAWITEMSTRUCT&) {}
   // Spin fields: the sample waits for a pause in typing.
   virtual bool IsSpinField() const { return false; }
-  // Controls bound for editing only ignore the document messages.
-  virtual bool InDocuments() const { return true; }
+  // Kinds without a document tag ignore the document messages.
+  bool InDocuments() const { return !KindRules(m_control).tag.empty(); }
+  std::string_view Tag() const override { return KindRules(m_control).tag; }
+
+  const PageControl& control() const { return m_control; }
+  // The main dialog's Delay takes its range from the host after binding.
+  void SetRange(const SpinRange& range) { m_control.range = range; }
 
  protected:
-  BoundControl(Reporter& reporter, void* setting) : m_reporter(reporter), m_setting(setting) {}
+  BoundControl(Reporter& reporter, const PageControl& control, void* setting)
+      : m_control(control), m_reporter(reporter), m_setting(setting) {}
+
+  PageControl m_control;  // the declaration whose kind's rules this follows
 
  private:
   static LRESULT CALLBACK Procedure(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam,
@@ -89,8 +98,8 @@ class BoundControl : public DocumentControl {
 // "CHKBOX": 1 when checked.
 class CheckBoxControl final : public BoundControl {
  public:
-  CheckBoxControl(Reporter& reporter, int32_t* slot) : BoundControl(reporter, slot), m_slot(slot) {}
-  std::string_view Tag() const override { return kTagCheckBox; }
+  CheckBoxControl(Reporter& reporter, const PageControl& control, int32_t* slot)
+      : BoundControl(reporter, control, slot), m_slot(slot) {}
   std::string ValueText() const override;
   bool TakeValue(std::string_view value) override;
   bool OnCommand(UINT code) override;
@@ -101,35 +110,31 @@ class CheckBoxControl final : public BoundControl {
   int32_t* m_slot;
 };
 
-// "SPNBTN": a number field whose range is the text of its up-down (the
-// field's id + 10000); the setting takes the clamped value. Direction
-// pickers are edited this way until their own controls exist, without
-// taking part in documents (`in_documents` false).
+// "SPNBTN": a number field with its up-down (the field's id + 10000); the
+// setting takes the value clamped to the declared range. Direction pickers
+// are edited this way until their own controls exist; their kind has no tag
+// yet, so they take no part in documents.
 class SpinControl final : public BoundControl {
  public:
-  SpinControl(Reporter& reporter, int32_t* slot, bool in_documents = true)
-      : BoundControl(reporter, slot), m_slot(slot), m_in_documents(in_documents) {}
-  std::string_view Tag() const override { return kTagSpin; }
+  SpinControl(Reporter& reporter, const PageControl& control, int32_t* slot)
+      : BoundControl(reporter, control, slot), m_slot(slot) {}
   std::string ValueText() const override;
   bool TakeValue(std::string_view value) override;
   bool OnCommand(UINT code) override;
   void ShowSetting() override;
   bool IsSpinField() const override { return true; }
-  bool InDocuments() const override { return m_in_documents; }
 
  private:
   int32_t* m_slot;
-  bool m_in_documents;
 };
 
 // "SPNSGN": as the spin, but a text setting takes the clamped value as
 // decimal text (a number setting takes the number).
 class SignedSpinControl final : public BoundControl {
  public:
-  SignedSpinControl(Reporter& reporter, Settings& settings, int index)
-      : BoundControl(reporter, &settings), m_settings(settings), m_index(index),
+  SignedSpinControl(Reporter& reporter, const PageControl& control, Settings& settings, int index)
+      : BoundControl(reporter, control, &settings), m_settings(settings), m_index(index),
         m_slot(settings.NumberSlot(index)) {}
-  std::string_view Tag() const override { return kTagSignedSpin; }
   std::string ValueText() const override;
   bool TakeValue(std::string_view value) override;
   bool OnCommand(UINT code) override;
@@ -148,8 +153,8 @@ class SignedSpinControl final : public BoundControl {
 // changes it while the list is closed.
 class DropDownControl final : public BoundControl {
  public:
-  DropDownControl(Reporter& reporter, int32_t* slot) : BoundControl(reporter, slot), m_slot(slot) {}
-  std::string_view Tag() const override { return kTagComboBox; }
+  DropDownControl(Reporter& reporter, const PageControl& control, int32_t* slot)
+      : BoundControl(reporter, control, slot), m_slot(slot) {}
   std::string ValueText() const override;
   bool TakeValue(std::string_view value) override;
   bool OnCommand(UINT code) override;
@@ -167,9 +172,9 @@ using ColourChooser = std::function<bool(Colour& colour)>;
 // holds as an unsigned decimal number. A click asks the chooser.
 class ColourButtonControl final : public BoundControl {
  public:
-  ColourButtonControl(Reporter& reporter, int32_t* slot, ColourChooser chooser)
-      : BoundControl(reporter, slot), m_slot(slot), m_chooser(std::move(chooser)) {}
-  std::string_view Tag() const override { return kTagColourButton; }
+  ColourButtonControl(Reporter& reporter, const PageControl& control, int32_t* slot,
+                      ColourChooser chooser)
+      : BoundControl(reporter, control, slot), m_slot(slot), m_chooser(std::move(chooser)) {}
   std::string ValueText() const override;
   bool TakeValue(std::string_view value) override;
   bool OnCommand(UINT code) override;

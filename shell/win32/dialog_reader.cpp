@@ -6,8 +6,8 @@
 
 #include <string>
 
-#include "dialog/dialog_pages.h"
-#include "shell/win32/bound_controls.h"
+#include "controls/control_kinds.h"
+#include "styles/style_table.h"
 
 namespace tess::win32 {
 namespace {
@@ -23,11 +23,21 @@ std::string TextOf(HWND hwnd) {
 
 }  // namespace
 
+const PageControl* DialogParamReader::Declaration(int id) const {
+  for (const auto& control : m_controls)
+    if (control->Number() == id) return &control->control();
+  return FindPageControl(id).control;
+}
+
 int32_t DialogParamReader::Spin(int id) const {
   HWND field = GetDlgItem(m_dialog, id);
   if (!field) return 0;
-  return SpinFieldValue(TextOf(GetDlgItem(m_dialog, id + kUpDownIdOffset)), TextOf(field));
+  static constexpr PageControl kUndeclared{0, ControlKind::kSpin, nullptr, nullptr, {}, {}, 0, 0, 0, 0};
+  const PageControl* c = Declaration(id);
+  return ValueOfText(c ? *c : kUndeclared, TextOf(field));
 }
+
+int32_t DialogParamReader::Picker(int id) const { return Spin(id); }
 
 bool DialogParamReader::Checked(int id) const {
   return IsDlgButtonChecked(m_dialog, id) == BST_CHECKED;

@@ -9,17 +9,27 @@
 #endif
 #include <windows.h>
 
+#include <memory>
+#include <vector>
+
+#include "shell/win32/bound_controls.h"
 #include "styles/style.h"
 
 namespace tess::win32 {
 
 class DialogParamReader final : public ParamReader {
  public:
-  explicit DialogParamReader(HWND dialog = nullptr) : m_dialog(dialog) {}
+  using Controls = std::vector<std::unique_ptr<BoundControl>>;
+
+  // `controls` are the dialog's bound controls, which know their
+  // declarations; they must outlive the reader.
+  explicit DialogParamReader(const Controls& controls, HWND dialog = nullptr)
+      : m_controls(controls), m_dialog(dialog) {}
   void set_dialog(HWND dialog) { m_dialog = dialog; }
 
-  // The field's number clamped to its up-down's range text; 0 without a
-  // field, and a 0..100 range without an up-down.
+  // The field's number as its kind reads it: clamped to the declared range
+  // (the bound control's, else the page declaration's, else 0..100); 0
+  // without a field.
   int32_t Spin(int id) const override;
   // False for a missing control, such as 35, which the template leaves out.
   bool Checked(int id) const override;
@@ -27,8 +37,13 @@ class DialogParamReader final : public ParamReader {
   Colour ColourValue(int id) const override;
   // The drop-down's selected index, -1 for none, 0 for a missing control.
   int32_t Selection(int id) const override;
+  // Direction pickers are number fields for now: read as Spin.
+  int32_t Picker(int id) const override;
 
  private:
+  const PageControl* Declaration(int id) const;
+
+  const Controls& m_controls;
   HWND m_dialog;
 };
 

@@ -15,15 +15,16 @@
 #include <string>
 #include <vector>
 
+#include "dialog/dialog_pages.h"
+#include "dialog/document_names.h"
+#include "dialog/sample_view.h"
+#include "dialog/settings_document.h"
 #include "driver/build_driver.h"
 #include "output/palette.h"
 #include "shell/config_file.h"
-#include "dialog/dialog_pages.h"
-#include "dialog/document_names.h"
 #include "shell/help.h"
 #include "shell/main_dialog_ids.h"
 #include "shell/paths.h"
-#include "dialog/sample_view.h"
 #include "shell/settings.h"
 #include "shell/strings.h"
 #include "shell/win32/about_dialog.h"
@@ -37,7 +38,6 @@
 #include "shell/win32/message_box_reporter.h"
 #include "shell/win32/page_builder.h"
 #include "shell/win32/win32_handles.h"
-#include "dialog/settings_document.h"
 #include "styles/style_table.h"
 
 namespace tess {
@@ -107,7 +107,7 @@ void EnableControl(HWND dialog, int id, bool enabled) {
 class MainDialog {
  public:
   MainDialog(HINSTANCE instance, const HostRecord* host)
-      : m_instance(instance), m_service(host), m_help(m_service) {}
+      : m_instance(instance), m_service(host), m_help(m_service), m_reader(m_controls) {}
 
   void Attach(HWND hwnd) {
     m_hwnd = hwnd;
@@ -179,6 +179,7 @@ class MainDialog {
   void Closing();
 
   BoundControl* BoundFor(HWND control) const;
+  const PageControl& Declared(int id) const;
 
   HINSTANCE m_instance;
   HWND m_hwnd = nullptr;
@@ -188,12 +189,13 @@ class MainDialog {
   Platform& m_platform = SystemPlatform();
   Settings& m_settings = ProcessSettings();
   Random m_random;
-  DialogParamReader m_reader;
   std::vector<std::unique_ptr<BoundControl>> m_controls;
+  DialogParamReader m_reader;
   // "&Custom palette" and the transparent background (control 35, which the
   // template leaves out) have no configuration key: the dialog holds them.
   int32_t m_custom_palette = 0;
   int32_t m_transparent_background = 0;
+  SpinControl* m_delay = nullptr;  // its range follows the host
   Timer m_sample_timer;
   Timer m_emblem_timer;
   // The composed sample, kept until something it shows changes, so that
@@ -257,11 +259,20 @@ void MainDialog::ResetDocumentNameOnShift() {
     m_settings.SetText(Key::CurrentFileName, DocumentsPath(m_platform, kUntitledDocumentName));
 }
 
+// The declaration of one of the dialog's own controls; the transparent
+// background box, which takes no part in documents, is a plain check box.
+const PageControl& MainDialog::Declared(int id) const {
+  static constexpr PageControl kCheckBox{0, ControlKind::kCheck, nullptr, nullptr, {}, {}, 0, 0, 0, 0};
+  for (const PageControl& c : MainDialogControls(m_service.Capabilities()))
+    if (c.id == id) return c;
+  return kCheckBox;
+}
+
 template <class Control, class... Args>
 Control* MainDialog::Bind(int id, Args&&... args) {
   HWND hwnd = GetDlgItem(m_hwnd, id);
   if (!hwnd) return nullptr;  // control 35: set and bound in name only
-  auto control = std::make_unique<Control>(m_reporter, std::forward<Args>(args)...);
+  auto control = std::make_unique<Control>(m_reporter, Declared(id), std::forward<Args>(args)...);
   if (!control->Attach(hwnd)) return nullptr;
   Control* bound = control.get();
   m_controls.push_back(std::move(control));
@@ -279,30 +290,33 @@ void MainDialog::BindCheckBoxes() {
   Bind<CheckBoxControl>(kTransparentBackground, &m_transparent_background);
 }
 
+// Until the host's capabilities set it, the Delay's range is the one its
+// template gives the up-down.
 void MainDialog::BindDelay() {
   HWND updown = GetDlgItem(m_hwnd, kDelayUpDown);
   SpinRange range = ParseSpinText(WindowText(updown));
   SendMessageA(updown, UDM_SETRANGE32, static_cast<WPARAM>(range.min), range.max);
   SendMessageA(updown, UDM_SETPOS32, 0, m_settings.Number(Key::MainDelay));
   SetDlgItemInt(m_hwnd, kDelayEdit, static_cast<UINT>(m_settings.Number(Key::MainDelay)), TRUE);
-  Bind<SpinControl>(kDelayEdit, m_settings.NumberSlot(KeyIndex(Key::MainDelay)));
+  m_delay = Bind<SpinControl>(kDelayEdit, m_settings.NumberSlot(KeyIndex(Key::MainDelay)));
+  if (m_delay) m_delay->SetRange(range);
 }
 
 void MainDialog::FillPaletteList() {
   HWND list = GetDlgItem(m_hwnd, kPaletteList);
-  for (const std::string& name : SplitItems(kPaletteListItems)) ComboBox_AddString(list, name.c_str());
+  for (std::string_view name : PaletteListItems()) ComboBox_AddString(list, std::string(name).c_str());
   Bind<DropDownControl>(kPaletteList, m_settings.NumberSlot(KeyIndex(Key::MainPalette)));
 }
 
 void MainDialog::ApplyDelayCapability() {
   uint32_t capabilities = m_service.Capabilities();
   bool optimises = (capabilities & kHostCapOptimise) != 0;
-  std::string range_text(DelaySpinText(capabilities));
+  SpinRange range = DelayRange(capabilities);
   HWND updown = GetDlgItem(m_hwnd, kDelayUpDown);
-  SetWindowTextA(updown, range_text.c_str());
+  SetWindowTextA(updown, SpinText(range).c_str());
   // The arrows stop where reading the field clamps.
-  SpinRange range = ParseSpinText(range_text);
   SendMessageA(updown, UDM_SETRANGE32, static_cast<WPARAM>(range.min), range.max);
+  if (m_delay) m_delay->SetRange(range);
   if (!optimises) {
     EnableControl(m_hwnd, kTransparentBackground, false);
     EnableControl(m_hwnd, kSupercompress, false);

@@ -19,19 +19,21 @@ struct WindowTemplate {
   const char* text;
 };
 
-WindowTemplate TemplateFor(const PageWindow& w) {
+// The window class and styles of each role a page window can have.
+WindowTemplate TemplateFor(const PageWindow& w, const std::string& spin_text) {
   const PageControl& c = *w.control;
   switch (w.role) {
     case PageWindowRole::kLabel:
       return {"STATIC", SS_LEFT | SS_CENTERIMAGE | SS_NOPREFIX, 0, c.label};
     case PageWindowRole::kEdit: {
-      DWORD digits_only = ParseSpinText(c.spin ? c.spin : "").min >= 0 ? ES_NUMBER : 0;
+      DWORD digits_only = c.range.min >= 0 ? ES_NUMBER : 0;
       return {"EDIT", ES_AUTOHSCROLL | WS_TABSTOP | digits_only, WS_EX_CLIENTEDGE, ""};
     }
     case PageWindowRole::kUpDown:
       // Placed by us beside its field (no UDS_ALIGNRIGHT): fewer window moves
       // while six hundred windows are made.
-      return {UPDOWN_CLASSA, UDS_SETBUDDYINT | UDS_ARROWKEYS | UDS_NOTHOUSANDS, 0, c.spin};
+      return {UPDOWN_CLASSA, UDS_SETBUDDYINT | UDS_ARROWKEYS | UDS_NOTHOUSANDS, 0,
+              spin_text.c_str()};
     case PageWindowRole::kCheckBox:
       return {"BUTTON", BS_AUTOCHECKBOX | WS_TABSTOP, 0, c.label};
     case PageWindowRole::kColourButton:
@@ -60,7 +62,9 @@ RECT PixelRect(const PageBuildContext& context, const PageWindow& w) {
 }
 
 HWND CreatePageWindow(const PageBuildContext& context, const PageWindow& w) {
-  WindowTemplate t = TemplateFor(w);
+  // The up-down carries its range as text, as up-downs from a template do.
+  std::string spin_text = w.role == PageWindowRole::kUpDown ? SpinText(w.control->range) : "";
+  WindowTemplate t = TemplateFor(w, spin_text);
   RECT r = PixelRect(context, w);
   HWND hwnd = CreateWindowExA(t.ex_style, t.window_class, t.text ? t.text : "",
                               WS_CHILD | t.style, r.left, r.top, r.right - r.left,
@@ -73,36 +77,34 @@ HWND CreatePageWindow(const PageBuildContext& context, const PageWindow& w) {
 }
 
 void FillDropDown(HWND combo, const PageControl& c) {
-  for (const std::string& item : SplitItems(c.spin)) ComboBox_AddString(combo, item.c_str());
+  for (std::string_view item : c.items) ComboBox_AddString(combo, std::string(item).c_str());
 }
 
-SpinRange RangeOf(const PageControl& c) { return ParseSpinText(c.spin ? c.spin : ""); }
-
 void PrepareUpDown(HWND updown, HWND field, const PageControl& c) {
-  SpinRange range = RangeOf(c);
+  const SpinRange& range = c.range;
   SendMessageA(updown, UDM_SETBUDDY, reinterpret_cast<WPARAM>(field), 0);
   SendMessageA(updown, UDM_SETRANGE32, static_cast<WPARAM>(range.min), range.max);
 }
 
 // The bound control for a declaration, or null when it is stored nowhere
-// (fountain and matrix buttons keep their own files).
+// (fountain and matrix buttons keep their own files). Which class binds is
+// the window's: the kind's rules say which window a declaration becomes.
 std::unique_ptr<BoundControl> BindingFor(const PageBuildContext& context, const StyleEntry& style,
                                          const PageControl& c) {
+  const ControlKindRules& rules = KindRules(c);
   int index = c.key ? StyleKeyIndex(style.number, c.key) : -1;
-  if (index < 0) return nullptr;
+  if (index < 0 || rules.storage == ControlStorage::kNone) return nullptr;
   Reporter& reporter = *context.reporter;
-  if (c.kind == ControlKind::kSignedSpin)
-    return std::make_unique<SignedSpinControl>(reporter, *context.settings, index);
+  if (rules.storage == ControlStorage::kNumberOrText)
+    return std::make_unique<SignedSpinControl>(reporter, c, *context.settings, index);
   int32_t* slot = context.settings->NumberSlot(index);
   if (!slot) return nullptr;
-  switch (c.kind) {
-    case ControlKind::kSpin: return std::make_unique<SpinControl>(reporter, slot);
-    case ControlKind::kPicker: return std::make_unique<SpinControl>(reporter, slot, false);
-    case ControlKind::kCheck: return std::make_unique<CheckBoxControl>(reporter, slot);
-    case ControlKind::kColourButton:
-    case ControlKind::kFillButton:
-      return std::make_unique<ColourButtonControl>(reporter, slot, context.choose_colour);
-    case ControlKind::kDropDown: return std::make_unique<DropDownControl>(reporter, slot);
+  switch (rules.window) {
+    case PageWindowRole::kEdit: return std::make_unique<SpinControl>(reporter, c, slot);
+    case PageWindowRole::kCheckBox: return std::make_unique<CheckBoxControl>(reporter, c, slot);
+    case PageWindowRole::kColourButton:
+      return std::make_unique<ColourButtonControl>(reporter, c, slot, context.choose_colour);
+    case PageWindowRole::kComboBox: return std::make_unique<DropDownControl>(reporter, c, slot);
     default: return nullptr;
   }
 }
@@ -129,7 +131,7 @@ bool CreatePage(const PageBuildContext& context, const StyleEntry& style,
     std::unique_ptr<BoundControl> control = BindingFor(context, style, c);
     if (!control) {
       if (HWND updown = GetDlgItem(context.dialog, c.id + kUpDownIdOffset))
-        SendMessageA(updown, UDM_SETPOS32, 0, RangeOf(c).def);
+        SendMessageA(updown, UDM_SETPOS32, 0, c.range.def);
       continue;
     }
     if (!control->Attach(GetDlgItem(context.dialog, c.id))) return false;

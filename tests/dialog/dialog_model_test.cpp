@@ -6,18 +6,18 @@
 #include <climits>
 #include <memory>
 #include <set>
-#include <tuple>
 
 #include "dialog/dialog_pages.h"
 #include "dialog/document_names.h"
 #include "dialog/emblem.h"
-#include "shell/main_dialog_ids.h"
-#include "plugin/host_interface.h"
 #include "dialog/sample_view.h"
+#include "dialog/settings_document.h"
+#include "output/palette.h"
+#include "plugin/host_interface.h"
+#include "shell/main_dialog_ids.h"
 #include "shell/strings.h"
 #include "styles/page_layout.h"
 #include "styles/raster.h"
-#include "dialog/settings_document.h"
 #include "styles/style_table.h"
 #include "tests/support/map_reader.h"
 #include "tests/support/test_support.h"
@@ -60,9 +60,8 @@ TEST(PageWindows, EachControlBringsItsLabelAndUpDownInOrder) {
       EXPECT_TRUE(windows[at++].role == role) << style.name << " id " << id;
     };
     for (const PageControl& c : style.page) {
-      bool spin = c.kind == ControlKind::kSpin || c.kind == ControlKind::kSignedSpin ||
-                  c.kind == ControlKind::kPicker;
-      if (page::HasSeparateLabel(c)) next(PageWindowRole::kLabel, c.id + kPageLabelIdOffset, c);
+      bool spin = KindRules(c).has_range;
+      if (KindRules(c).separate_label) next(PageWindowRole::kLabel, c.id + kPageLabelIdOffset, c);
       ASSERT_LT(at, windows.size());
       EXPECT_EQ(windows[at].role == PageWindowRole::kEdit, spin) << style.name << " id " << c.id;
       next(windows[at].role, c.id, c);
@@ -82,7 +81,7 @@ TEST(PageWindows, CreationOrderIsTheSettingsDocumentsOrder) {
       const PageControl& c = *w.control;
       bool control_window = w.id == c.id;
       if (control_window && c.key && StyleKeyIndex(style.number, c.key) >= 0 &&
-          !PageControlTag(c.kind).empty())
+          TakesPartInDocuments(c))
         from_windows.push_back(w.id);
     }
   Settings settings;
@@ -95,32 +94,16 @@ TEST(PageWindows, CreationOrderIsTheSettingsDocumentsOrder) {
   EXPECT_GT(from_windows.size(), 200u);
 }
 
-TEST(PageWindows, DropDownItemsSplitAtSemicolonsAndThePaletteListFollowsTheChoices) {
-  EXPECT_EQ(SplitItems("a;;b;"), (std::vector<std::string>{"a", "", "b", ""}));
-  EXPECT_TRUE(SplitItems("").empty());
-  EXPECT_TRUE(SplitItems(nullptr).empty());
-  std::vector<std::string> items = SplitItems(kPaletteListItems);
-  ASSERT_EQ(items.size(), static_cast<size_t>(kPaletteNameCount));
-  for (int i = 0; i < kPaletteNameCount; ++i) EXPECT_EQ(items[static_cast<size_t>(i)], PaletteName(i));
-}
-
-// ---------------------------------------------------------------- spin fields
-
-// Typed values are clamped, never refused; colours read as an unsigned
-// conversion; stored numbers are unsigned unless the range is signed.
-TEST(SpinFields, ValuesAreClampedNeverRefused) {
-  const std::tuple<const char*, const char*, int32_t> cases[] = {
-      {"1,250,40", "", 1},           {"1,250,40", "12abc", 12}, {"1,250,40", "99999999999999", 250},
-      {"-10,10,0", "-20", -10},      {"-10,10,0", "-3", -3},
-      {"", "500", 100},  // a range that does not parse reads as 0..100
-  };
-  for (auto [range, text, value] : cases) EXPECT_EQ(SpinFieldValue(range, text), value) << range << " " << text;
-  EXPECT_EQ(ColourTextValue("4294967296"), 0xFFFFFFFFu);  // too large: the largest value
-  EXPECT_EQ(ColourTextValue("-2"), 0xFFFFFFFEu);           // negative numbers wrap
-  EXPECT_EQ(ColourTextValue("12 red"), 12u);
-  EXPECT_EQ(StoredSpinValue(ParseSpinText("0,99,25"), -1), 99);
-  EXPECT_EQ(StoredSpinValue(ParseSpinText("-50,50,0"), -1), -1);
-  EXPECT_EQ(StoredSpinValue(ParseSpinText("-50,50,0"), -80), -50);
+// The main dialog's lists come from the tables they name, and its Delay
+// range from the host's capability bit 0.
+TEST(MainDialogControls, ListsFollowTheirTablesAndTheDelayTheHost) {
+  ItemList palettes = PaletteListItems();
+  ASSERT_EQ(palettes.size(), static_cast<size_t>(kPaletteChoices));
+  for (int i = 0; i < kPaletteChoices; ++i) EXPECT_EQ(palettes[static_cast<size_t>(i)], PaletteName(i));
+  ASSERT_EQ(EffectListItems().size(), StyleTable().size());
+  EXPECT_EQ(EffectListItems()[13], "Phasers on Stun");
+  EXPECT_EQ(MainDialogControls(kHostCapOptimise)[0].range, (SpinRange{1, 25, 4}));
+  EXPECT_EQ(MainDialogControls(kHostCapTrueColour)[0].range, (SpinRange{1, 250, 40}));
   EXPECT_EQ(ShiftResetDelay(kHostCapOptimise), 4);
   EXPECT_EQ(ShiftResetDelay(kHostCapTrueColour), 10);
 }

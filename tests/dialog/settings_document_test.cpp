@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "controls/control_kinds.h"
 #include "styles/style_table.h"
 #include "tests/support/temp_folder.h"
 
@@ -16,22 +17,15 @@ namespace {
 
 constexpr uint32_t kDelaysInHundredths = 1;  // host capability bit 0: delay spin "1,25,4"
 
-int Items(const char* items) {
-  int n = 1;
-  for (const char* p = items; *p; ++p) n += *p == ';';
-  return n;
-}
-
 // A value the control can hold that differs from the default and, as far as
 // the range allows, from its neighbours' values, so crossed wires show.
 int32_t OtherValue(const PageControl& c, int32_t def) {
-  switch (c.kind) {
-    case ControlKind::kCheck: return def ? 0 : 1;
-    case ControlKind::kColourButton:
-    case ControlKind::kFillButton: return static_cast<int32_t>(0x00A00000u + static_cast<uint32_t>(c.id));
-    case ControlKind::kDropDown: return (def + 1) % Items(c.spin);
+  switch (KindRules(c).window) {
+    case PageWindowRole::kCheckBox: return def ? 0 : 1;
+    case PageWindowRole::kColourButton: return static_cast<int32_t>(0x00A00000u + static_cast<uint32_t>(c.id));
+    case PageWindowRole::kComboBox: return (def + 1) % static_cast<int32_t>(c.items.size());
     default: {
-      SpinRange r = ParseSpinText(c.spin);
+      const SpinRange& r = c.range;
       int32_t v = r.min + c.id % (r.max - r.min + 1);
       return v != def ? v : (v == r.max ? r.min : v + 1);
     }
@@ -51,7 +45,7 @@ Settings ChangedSettings() {
   s.SetNumber(Key::MainEffect, 13);
   for (const StyleEntry& style : StyleTable())
     for (const PageControl& c : style.page) {
-      if (PageControlTag(c.kind).empty() || !c.key) continue;
+      if (!TakesPartInDocuments(c) || !c.key) continue;
       int32_t def = s.StyleNumber(style.number, c.key);
       s.SetStyleNumber(style.number, c.key, OtherValue(c, def));
       EXPECT_NE(s.StyleNumber(style.number, c.key), def) << SettingKey(style.number, c);
@@ -145,8 +139,6 @@ TEST(SettingsDocument, LinesAreTakenAsTheirControlsWouldTakeThem) {
     EXPECT_EQ(s, want);
   }
   // A host without capability bit 0 counts delays in tenths: a wider range.
-  EXPECT_EQ(DelaySpinText(0), "1,250,40");
-  EXPECT_EQ(DelaySpinText(kDelaysInHundredths | 2), "1,25,4");
   Settings wide;
   SettingsDocument doc(wide, 0);
   ReadDocument(std::string(kDocumentHeader) + "\r\n" + Line(11, "SPNBTN", "99"), doc);

@@ -6,19 +6,15 @@
 #include <string>
 #include <string_view>
 
+#include "dialog/settings_reader.h"
+
+#include "controls/control_kinds.h"
 #include "shell/settings.h"
 #include "styles/page_layout.h"
-#include "dialog/settings_reader.h"
 #include "styles/style_table.h"
 
 namespace tess {
 namespace {
-
-int ItemCount(std::string_view items) {
-  int n = 1;
-  for (char ch : items) n += ch == ';';
-  return n;
-}
 
 // Every stored style setting must reach its effect through exactly one page
 // control, of a kind that stores the right sort of value, and every key a
@@ -39,10 +35,10 @@ TEST(StylePagesAndKeys, EveryStyleKeyIsBoundByExactlyOneControl) {
     const PageControl* c = FindPageControlByKey(*StyleByNumber(number), name.substr(8));
     if (!c) continue;
     EXPECT_EQ(key.kind == kKindSwitch, c->kind == ControlKind::kCheck);
-    SpinRange r = ParseSpinText(c->spin ? c->spin : "");
-    EXPECT_TRUE(!HasSpinRange(*c) || (r.min <= key.default_number && key.default_number <= r.max));
+    const SpinRange& r = c->range;
+    EXPECT_TRUE(!KindRules(*c).has_range || (r.min <= key.default_number && key.default_number <= r.max));
     EXPECT_TRUE(c->kind != ControlKind::kDropDown ||
-                (key.default_number >= 0 && key.default_number < ItemCount(c->spin)));
+                (key.default_number >= 0 && static_cast<size_t>(key.default_number) < c->items.size()));
   }
   for (const auto& [name, count] : bound) EXPECT_GE(FindConfigKey(name), 0) << name;
 }
@@ -87,8 +83,8 @@ TEST(SettingsReader, SpinsClampToThePageRangeAndOtherKindsReadAsStored) {
 // as a fresh page shows it.
 TEST(SettingsReader, ControlsWithoutAStoredValueUseTheSpinDefault) {
   static constexpr PageControl kPage[] = {
-      page::Spin(PageControlId(4, 40), page::kLeft, 0, "Extra:", "NotAKey", "5,50,17"),
-      page::Spin(PageControlId(4, 41), page::kLeft, 1, "Loose:", nullptr, "-9,9,-3"),
+      page::Spin(PageControlId(4, 40), page::kLeft, 0, "Extra:", "NotAKey", {5, 50, 17}),
+      page::Spin(PageControlId(4, 41), page::kLeft, 1, "Loose:", nullptr, {-9, 9, -3}),
   };
   StyleEntry entry{"Test", 4, kPage, nullptr, &page::NoBackground};
   Settings settings;

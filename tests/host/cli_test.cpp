@@ -14,10 +14,10 @@
 #include <vector>
 
 #include "base/alloc.h"
+#include "dialog/settings_document.h"
 #include "plugin/host_interface.h"
 #include "shell/paths.h"
 #include "shell/settings.h"
-#include "dialog/settings_document.h"
 #include "styles/style_table.h"
 #include "tests/host/cli_test_styles.h"
 #include "tests/support/fake_platform.h"

@@ -18,10 +18,10 @@ constexpr int kTilesNumber = 0;
 constexpr int TilesId(int n) { return PageControlId(kTilesNumber, n); }
 
 inline constexpr std::array kTilesPage = {
-    page::Spin(TilesId(page::kFramesControl), page::kLeft, 0, "Frames:", "Frames", "2,32760,64"),
-    page::Spin(TilesId(page::kWidthControl), page::kLeft, 1, "Width:", "Width", "16,1024,128"),
-    page::Spin(TilesId(page::kDepthControl), page::kLeft, 2, "Depth:", "Depth", "16,1024,128"),
-    page::Spin(TilesId(page::kSeedControl), page::kLeft, 3, "Seed:", "Seed", "100,32760,1000"),
+    page::Spin(TilesId(page::kFramesControl), page::kLeft, 0, "Frames:", "Frames", {2, 32760, 64}),
+    page::Spin(TilesId(page::kWidthControl), page::kLeft, 1, "Width:", "Width", {16, 1024, 128}),
+    page::Spin(TilesId(page::kDepthControl), page::kLeft, 2, "Depth:", "Depth", {16, 1024, 128}),
+    page::Spin(TilesId(page::kSeedControl), page::kLeft, 3, "Seed:", "Seed", {100, 32760, 1000}),
     page::Background(kTilesNumber, page::kRight, 0),
     page::Check(TilesId(page::kFirstOwnControl), page::kLeft, 4, "Smooth", "Smooth"),
 };

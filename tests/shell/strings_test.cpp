@@ -11,6 +11,8 @@
 namespace tess {
 namespace {
 
+constexpr int kNames = kStrPaletteNameLast - kStrPaletteNameFirst + 1;
+
 TEST(StringTable, IterationLookupAndPaletteNamesAgree) {
   size_t count = 0;
   for (const StringEntry& e : StringTable()) {
@@ -18,9 +20,9 @@ TEST(StringTable, IterationLookupAndPaletteNamesAgree) {
     EXPECT_LE(e.id, kStrLastUnnumbered);
     ++count;
   }
-  EXPECT_GT(count, static_cast<size_t>(kPaletteNameCount));
-  for (int i = 0; i < kPaletteNameCount; ++i) EXPECT_EQ(PaletteName(i), StringText(kStrPaletteNameFirst + i));
-  EXPECT_EQ(PaletteName(kPaletteNameCount), kStringTableError);
+  EXPECT_GT(count, static_cast<size_t>(kNames));
+  for (int i = 0; i < kNames; ++i) EXPECT_EQ(PaletteName(i), StringText(kStrPaletteNameFirst + i));
+  EXPECT_EQ(PaletteName(kNames), kStringTableError);
   EXPECT_EQ(PaletteName(-1), kStringTableError);
   EXPECT_EQ(StringText(0), kStringTableError);
   // The numbers the product's resources have always used.

@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "base/alloc.h"
-#include "shell/settings.h"
 #include "dialog/settings_reader.h"
+#include "shell/settings.h"
 #include "styles/style_table.h"
 #include "tests/support/golden.h"
 

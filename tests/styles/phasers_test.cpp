@@ -10,12 +10,12 @@
 #include <utility>
 #include <vector>
 
+#include "dialog/settings_reader.h"
 #include "shell/settings.h"
 #include "styles/canvas.h"
 #include "styles/draw.h"
 #include "styles/effects.h"
 #include "styles/phasers.h"
-#include "dialog/settings_reader.h"
 #include "tests/support/golden.h"
 #include "tests/support/test_support.h"
 

@@ -10,10 +10,11 @@
 #include <string>
 #include <string_view>
 
+#include "controls/control_kinds.h"
+#include "dialog/settings_reader.h"
 #include "image/frame_list.h"
 #include "shell/settings.h"
 #include "styles/page_layout.h"
-#include "dialog/settings_reader.h"
 #include "styles/style_table.h"
 #include "tests/support/map_reader.h"
 #include "tests/support/test_support.h"
@@ -91,16 +92,9 @@ TEST(StylePages, IdsLieInTheirStyleRangeAndAreUniqueAcrossTheTable) {
 
 // Strict form of the spin text: the page's own reading falls back to 0..100
 // on a malformed text, which would hide a typo.
-bool ParsesStrictly(const char* text, SpinRange& out) {
-  int consumed = 0;
-  if (!text || std::sscanf(text, "%d,%d,%d%n", &out.min, &out.max, &out.def, &consumed) != 3)
-    return false;
-  return text[consumed] == '\0';
-}
-
-// Spin texts parse with their default in range, and the parameters front
-// ends and effects share sit on their shared numbers with their kind.
-TEST(StylePages, SpinTextsAndSharedNumbersHold) {
+// Ranges hold their default, lists have named items, and the parameters
+// front ends and effects share sit on their shared numbers with their kind.
+TEST(StylePages, RangesItemsAndSharedNumbersHold) {
   const std::map<std::string_view, int> common = {
       {"Frames", page::kFramesControl},     {"Width", page::kWidthControl},
       {"Depth", page::kDepthControl},       {"Seed", page::kSeedControl},
@@ -111,19 +105,14 @@ TEST(StylePages, SpinTextsAndSharedNumbersHold) {
   for (const StyleEntry& style : StyleTable()) {
     for (const PageControl& c : style.page) {
       SCOPED_TRACE(std::string(style.name) + " " + c.label);
-      if (c.kind == ControlKind::kSpin || c.kind == ControlKind::kPicker) {
-        SpinRange r;
-        ASSERT_TRUE(ParsesStrictly(c.spin, r)) << (c.spin ? c.spin : "(null)");
+      const SpinRange& r = c.range;
+      if (KindRules(c).has_range) {
         EXPECT_TRUE(r.min <= r.def && r.def <= r.max);
         EXPECT_TRUE(c.kind != ControlKind::kPicker ||
                     (r.min == 0 && (r.max == 3 || r.max == page::kTwoWayPickerMax)));
-      } else if (c.kind == ControlKind::kDropDown) {
-        ASSERT_NE(c.spin, nullptr);
-        std::string_view items = c.spin;
-        EXPECT_FALSE(items.empty() || items.front() == ';' || items.back() == ';' ||
-                     items.find(";;") != std::string_view::npos)
-            << items;
       }
+      EXPECT_EQ(c.kind == ControlKind::kDropDown, !c.items.empty());
+      for (std::string_view item : c.items) EXPECT_FALSE(item.empty());
       if (!c.key) continue;
       std::string_view key = c.key;
       int n = c.id - PageControlId(style.number, 0);
@@ -157,7 +146,7 @@ TEST(StylePages, ControlsAndLabelsFitThePageWithoutOverlapping) {
     std::vector<std::pair<Box, std::string>> boxes;
     for (const PageControl& c : style.page) {
       boxes.push_back({{c.x, c.y, c.x + c.w, c.y + c.h}, c.label});
-      if (page::HasSeparateLabel(c)) {
+      if (KindRules(c).separate_label) {
         page::Place l = page::LabelPlace(c);
         EXPECT_GT(l.w, 0) << style.name << " " << c.label;
         boxes.push_back({{l.x, l.y, l.x + l.w, l.y + l.h}, std::string("label ") + c.label});

@@ -1,5 +1,5 @@
-// The style framework's shared parts: spin text, the generator's two
-// recurrences, and colour picking.
+// The style framework's shared parts: the generator's two recurrences and
+// colour picking.
 #include <gtest/gtest.h>
 
 #include "styles/style.h"
@@ -7,17 +7,6 @@
 
 namespace tess {
 namespace {
-
-TEST(SpinText, ParsesAndFallsBack) {
-  SpinRange r = ParseSpinText("-5, 5 ,0");  // blanks before a number are skipped, not before a comma
-  EXPECT_EQ(r.min, -5);
-  EXPECT_EQ(r.max, 5);
-  r = ParseSpinText("garbage");
-  EXPECT_EQ(r.min, 0);
-  EXPECT_EQ(r.max, 100);
-  EXPECT_EQ(ClampSpin(ParseSpinText("16,1024,128"), 5000), 1024);
-  EXPECT_EQ(ClampSpin(ParseSpinText("2,32760,64"), 1), 2);
-}
 
 // The sequence is part of the product: a seed must give the same picture.
 TEST(RandomGenerator, FollowsItsRecurrences) {

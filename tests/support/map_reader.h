@@ -15,6 +15,7 @@ class MapReader final : public ParamReader {
   bool Checked(int id) const override { return Get(id) != 0; }
   Colour ColourValue(int id) const override { return static_cast<Colour>(Get(id)); }
   int32_t Selection(int id) const override { return Get(id); }
+  int32_t Picker(int id) const override { return Get(id); }
 
  private:
   int32_t Get(int id) const {

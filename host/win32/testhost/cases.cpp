@@ -5,8 +5,8 @@
 // holds.
 //
 // Sections: files and settings · case helpers · cases · table.
-#include "host/win32/testhost/cases.h"
 #include "host/win32/testhost/case_files.h"
+#include "host/win32/testhost/cases.h"
 
 #include <algorithm>
 #include <cstring>

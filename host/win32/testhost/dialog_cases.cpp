@@ -5,18 +5,18 @@
 // dialog wrote on the first Cancel of the run.
 //
 // Sections: helpers · cases · table.
-#include "host/win32/testhost/dialog_cases.h"
 #include "host/win32/testhost/case_files.h"
+#include "host/win32/testhost/dialog_cases.h"
 
 #include <fstream>
 #include <map>
 #include <sstream>
 
+#include "dialog/dialog_pages.h"
+#include "dialog/settings_document.h"
 #include "platform/platform.h"
 #include "shell/config_file.h"
-#include "dialog/dialog_pages.h"
 #include "shell/main_dialog_ids.h"
-#include "dialog/settings_document.h"
 #include "styles/style_table.h"
 
 namespace tess::testhost {
