@@ -8,8 +8,8 @@
 #include <tuple>
 #include <vector>
 
-#include "styles/canvas.h"
-#include "styles/draw.h"
+#include "draw/canvas.h"
+#include "draw/draw.h"
 
 namespace tess {
 namespace {

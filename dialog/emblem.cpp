@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "styles/canvas.h"
-#include "styles/draw.h"
+#include "draw/canvas.h"
+#include "draw/draw.h"
 
 namespace tess {
 namespace {

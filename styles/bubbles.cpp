@@ -11,8 +11,8 @@
 #include <numbers>
 #include <utility>
 
-#include "styles/canvas.h"
-#include "styles/draw.h"
+#include "draw/canvas.h"
+#include "draw/draw.h"
 #include "styles/effects.h"
 #include "styles/page_layout.h"
 

@@ -18,7 +18,7 @@
 #include <utility>
 #include <vector>
 
-#include "styles/draw.h"
+#include "draw/draw.h"
 #include "styles/effects.h"
 #include "styles/page_layout.h"
 

@@ -15,7 +15,7 @@
 
 #include "base/alloc.h"
 #include "image/image.h"
-#include "styles/raster.h"
+#include "draw/raster.h"
 #include "styles/style.h"
 
 namespace tess {

@@ -17,7 +17,7 @@
 #include "shell/main_dialog_ids.h"
 #include "shell/strings.h"
 #include "styles/page_layout.h"
-#include "styles/raster.h"
+#include "draw/raster.h"
 #include "styles/style_table.h"
 #include "tests/support/map_reader.h"
 #include "tests/support/test_support.h"

@@ -12,8 +12,8 @@
 
 #include "dialog/settings_reader.h"
 #include "shell/settings.h"
-#include "styles/canvas.h"
-#include "styles/draw.h"
+#include "draw/canvas.h"
+#include "draw/draw.h"
 #include "styles/effects.h"
 #include "styles/phasers.h"
 #include "tests/support/golden.h"

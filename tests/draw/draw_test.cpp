@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "base/alloc.h"
-#include "styles/draw.h"
+#include "draw/draw.h"
 #include "tests/support/test_support.h"
 
 namespace tess {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "base/alloc.h"
-#include "styles/raster.h"
+#include "draw/raster.h"
 
 namespace tess {
 namespace {

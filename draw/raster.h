@@ -3,7 +3,7 @@
 // same bytes. All arithmetic is on 64-bit integers; nothing depends on the
 // floating-point unit.
 //
-// Coverage rules (pinned by tests/styles/raster_test.cpp):
+// Coverage rules (pinned by tests/draw/raster_test.cpp):
 //   - Pixel (x, y) is the unit square [x, x+1) x [y, y+1); it is covered when
 //     its centre (x + 0.5, y + 0.5) lies inside the shape.
 //   - A box (left, top, right, bottom) is the region [left, right] x [top,

@@ -12,7 +12,7 @@
 #include <cstdint>
 
 #include "image/image.h"
-#include "styles/raster.h"
+#include "draw/raster.h"
 
 namespace tess {
 

@@ -1,5 +1,5 @@
 // The drawing canvas: a 24-bit image block that the styles paint shapes into
-// with the rasteriser of styles/raster.h, and then work on pixel by pixel.
+// with the rasteriser of draw/raster.h, and then work on pixel by pixel.
 // There is one pixel store, so shapes and direct pixel work see each other at
 // once: no copying between a drawing surface and the image is ever needed.
 //
@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "image/image.h"
-#include "styles/raster.h"
+#include "draw/raster.h"
 
 namespace tess {
 

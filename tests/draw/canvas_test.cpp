@@ -2,7 +2,7 @@
 // changes hands only through Release.
 #include <gtest/gtest.h>
 
-#include "styles/canvas.h"
+#include "draw/canvas.h"
 #include "tests/support/test_support.h"
 
 namespace tess {

@@ -6,7 +6,7 @@
 // differences stay below 2^17, products of two differences below 2^35, and
 // the largest product, a line's w^2 * |d|^2 with w <= 2^11, below 2^58.
 // Ellipse boxes are at most 65534 wide and tall, so a^2 * b^2 < 2^64 unsigned.
-#include "styles/raster.h"
+#include "draw/raster.h"
 
 #include <algorithm>
 #include <cmath>

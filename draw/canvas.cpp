@@ -1,6 +1,6 @@
 // Canvas fills: every shape goes through the rasteriser into SolidSpanFiller,
 // which writes whole runs through row pointers.
-#include "styles/canvas.h"
+#include "draw/canvas.h"
 
 #include <algorithm>
 #include <cstring>

@@ -6,7 +6,7 @@
 // the wrap is computed once per piece, never per pixel. Images of 24 and 32
 // bits take the row-pointer paths; other depths go pixel by pixel through
 // ImageGetPixel/ImageSetPixel with the same arithmetic.
-#include "styles/draw.h"
+#include "draw/draw.h"
 
 #include <algorithm>
 #include <climits>
