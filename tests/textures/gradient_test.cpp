@@ -149,14 +149,5 @@ TEST(GradientGolden, ShapesMatchTheirChecksums) {
   EXPECT_TRUE(golden.Verify());
 }
 
-TEST(GradientShapes, ShortMemoryGivesNull) {
-  for (uint32_t shape : {kGradientShapeLinear, kGradientShapeSquare, kGradientShapeRadial}) {
-    AllocFailureScope fail(0, true);
-    EXPECT_FALSE(TextureEngineGradient(Request(shape, 47, 33)));
-  }
-  AllocFailureScope fail(1);  // the square's column levels
-  EXPECT_FALSE(TextureEngineGradient(Request(kGradientShapeSquare, 47, 33)));
-}
-
 }  // namespace
 }  // namespace tess
