@@ -102,9 +102,13 @@ ImageBlock RenderEngineGradient(const GradientRecord& record, int32_t width, int
   return image;
 }
 
+// The sweep step by step as fill_render.h gives it; only the colours of the
+// 257 levels and each row's dy are worked out outside the pixel loop.
 ImageBlock RenderConical(const GradientRecord& g, int32_t width, int32_t height) {
   ImageBlock image = ImageCreate(width, height, nullptr, 24);
   if (!image) return {};
+  // Keeps r within 0..720, so each "while" below turns at most twice even
+  // for a foreign record's rotation; within +-360 nothing changes.
   int32_t rotation = g.rotation;
   if (rotation > 360 || rotation < -360) rotation %= 360;
   double r = 360 - rotation;
@@ -140,7 +144,7 @@ ImageBlock RenderConical(const GradientRecord& g, int32_t width, int32_t height)
       a = r + a;
       while (a > 360) a -= 360;
       if (a > 180) a = 360 - a;
-      const double t = a * (1.0 / 180);
+      const double t = a * (1.0 / 180);  // not a / 180: they differ in the last bit
       const int j = std::clamp(static_cast<int>(t * 256), 0, 256);
       p[0] = level[j][0];
       p[1] = level[j][1];
