@@ -17,8 +17,8 @@
 #include <utility>
 
 #include "fills/picker.h"
-#include "shell/win32/bound_controls.h"
-#include "shell/win32/win32_handles.h"
+#include "platform/win32/control_messages.h"
+#include "platform/win32/win32_handles.h"
 
 namespace tess::win32 {
 namespace {

@@ -18,15 +18,16 @@
 
 #include <cstdint>
 
+#include "platform/win32/control_messages.h"
+
 namespace tess::win32 {
 
-// wParam: the initial value; lParam: the page's int32_t variable, which
-// every click and the control's destruction update (give every picker one).
-// A second initialisation replaces both. Returns 1, or 0 when memory is
-// short (the control then stays uninitialised).
-inline constexpr UINT kMsgInitControl = 1324;
-// The value becomes the control's window text read as an integer.
-inline constexpr UINT kMsgSyncFromText = 1326;
+// kMsgInitControl: wParam the initial value; lParam the page's int32_t
+// variable, which every click and the control's destruction update (give
+// every picker one). A second initialisation replaces both. Returns 1, or 0
+// when memory is short (the control then stays uninitialised).
+// kMsgSyncFromText: the value becomes the control's window text read as an
+// integer.
 
 // Registers all four classes for `instance`, whose module must hold the
 // glyph bitmaps (resources/pickers.rc). False, with none left registered,

@@ -13,7 +13,7 @@
 #include <string>
 
 #include "plugin/host_interface.h"
-#include "shell/win32/win32_handles.h"
+#include "platform/win32/win32_handles.h"
 
 namespace tess::win32 {
 

@@ -5,9 +5,9 @@
 #include <windowsx.h>
 
 #include "shell/strings.h"
-#include "shell/win32/dialog_trampoline.h"
+#include "platform/win32/dialog_trampoline.h"
 #include "shell/win32/emblem_view.h"
-#include "shell/win32/win32_handles.h"
+#include "platform/win32/win32_handles.h"
 
 #ifndef TESS_VERSION_TEXT
 #define TESS_VERSION_TEXT "1.0"

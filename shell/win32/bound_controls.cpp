@@ -38,14 +38,6 @@ void ShowNumber(HWND field, int32_t value) {
 
 }  // namespace
 
-std::string WindowText(HWND hwnd) {
-  int length = GetWindowTextLengthA(hwnd);
-  std::string text(static_cast<size_t>(std::max(length, 0)) + 1, '\0');
-  int copied = GetWindowTextA(hwnd, text.data(), static_cast<int>(text.size()));
-  text.resize(static_cast<size_t>(std::max(copied, 0)));
-  return text;
-}
-
 // ---------------------------------------------------------------- subclass
 
 BoundControl::~BoundControl() = default;

@@ -27,25 +27,10 @@
 #include "image/image.h"
 #include "shell/document.h"
 #include "shell/settings.h"
-#include "shell/win32/win32_handles.h"
+#include "platform/win32/control_messages.h"
+#include "platform/win32/win32_handles.h"
 
 namespace tess::win32 {
-
-// ---------------------------------------------------------------- private messages
-
-inline constexpr UINT kMsgShowPage = 1224;           // to the dialog: show the selected page
-inline constexpr UINT kMsgChangeNotice = 1327;       // to the dialog: a custom control changed
-inline constexpr UINT kMsgWriteDocumentLine = 1334;  // lParam: DocumentLineRequest*
-inline constexpr UINT kMsgReadDocumentLine = 1335;   // lParam: zero-terminated line
-
-// What kMsgWriteDocumentLine carries: the writer the control hands itself to.
-struct DocumentLineRequest {
-  const std::function<void(const DocumentControl&)>* visit = nullptr;
-};
-
-// The window's whole text. May throw std::bad_alloc (caught by every
-// window procedure).
-std::string WindowText(HWND hwnd);
 
 // ---------------------------------------------------------------- controls
 

@@ -8,7 +8,7 @@
 #include <new>
 
 #include "dialog/emblem.h"
-#include "shell/win32/image_blit.h"
+#include "platform/win32/image_blit.h"
 
 namespace tess::win32 {
 namespace {

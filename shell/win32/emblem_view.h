@@ -10,7 +10,7 @@
 #endif
 #include <windows.h>
 
-#include "shell/win32/win32_handles.h"
+#include "platform/win32/win32_handles.h"
 
 namespace tess::win32 {
 

@@ -31,13 +31,13 @@
 #include "shell/win32/bound_controls.h"
 #include "shell/win32/dialog_document.h"
 #include "shell/win32/dialog_reader.h"
-#include "shell/win32/dialog_trampoline.h"
+#include "platform/win32/dialog_trampoline.h"
 #include "shell/win32/emblem_view.h"
 #include "shell/win32/host_record_service.h"
-#include "shell/win32/image_blit.h"
+#include "platform/win32/image_blit.h"
 #include "shell/win32/message_box_reporter.h"
 #include "shell/win32/page_builder.h"
-#include "shell/win32/win32_handles.h"
+#include "platform/win32/win32_handles.h"
 #include "styles/style_table.h"
 
 namespace tess {

@@ -1,6 +1,6 @@
 // Blitting image blocks: the header at the start of the block is the
 // BITMAPINFO GDI wants, and the rows follow the colour table.
-#include "shell/win32/image_blit.h"
+#include "platform/win32/image_blit.h"
 
 namespace tess::win32 {
 namespace {
