@@ -64,6 +64,12 @@ int32_t EffectAsStored(const PageControl&, std::optional<int32_t> stored) {
   return stored.value_or(0);
 }
 
+// A picker keeps any value it is given, and no cell shows one out of range.
+int32_t ShownAsKept(const PageControl&, int32_t stored) { return stored; }
+int32_t KeptOfText(const PageControl&, std::string_view text) {
+  return static_cast<int32_t>(static_cast<uint32_t>(static_cast<uint64_t>(ParseValueNumber(text))));
+}
+
 std::string SignedLineText(int32_t shown) { return NumberValueText(shown); }
 std::string UnsignedLineText(int32_t shown) { return UnsignedValueText(static_cast<uint32_t>(shown)); }
 
@@ -118,6 +124,27 @@ std::optional<int32_t> ParseIndex(const PageControl& c, std::string_view text, i
   return ParseNumberIn(text, 0, static_cast<int64_t>(c.items.size()) - 1);
 }
 
+// A direction by its name or its cell number.
+std::string FormatDirection(const PageControl& c, int32_t value) {
+  std::string_view name = PickerDirectionName(c.picker, value);
+  return name.empty() ? std::to_string(value) : std::string(name);
+}
+std::optional<int32_t> ParseDirection(const PageControl& c, std::string_view text, int32_t,
+                                      std::string* expected) {
+  const PickerKind& kind = PickerKindOf(c.picker);
+  *expected = "one of";
+  for (int i = 0; i < kind.cell_count(); ++i)
+    *expected += (i ? ", " : " ") + std::to_string(i) + " (" +
+                 std::string(kind.cells[static_cast<size_t>(i)].name) + ")";
+  return ParsePickerDirection(c.picker, text);
+}
+
+// Document tags.
+template <const std::string_view& kTag>
+std::string_view FixedTag(const PageControl&) { return kTag; }
+std::string_view NoTag(const PageControl&) { return {}; }
+std::string_view PickerTag(const PageControl& c) { return PickerKindOf(c.picker).tag; }
+
 // Kinds stored in files of their own have no text form yet.
 std::optional<int32_t> ParseNothing(const PageControl&, std::string_view, int32_t,
                                     std::string* expected) {
@@ -130,41 +157,40 @@ std::optional<int32_t> ParseNothing(const PageControl&, std::string_view, int32_
 using R = PageWindowRole;
 using S = ControlStorage;
 
-constexpr ControlKindRules kNumberRules{"number",     kTagSpin,       R::kEdit,     true,
-                                       true,         S::kNumber,     ShownNumber,  NumberOfText,
-                                       EffectNumber, SignedLineText, FormatNumber, ParseNumber};
-
 constexpr std::array<ControlKindRules, kControlKindCount> kRules = {{
     // kSpin
-    kNumberRules,
-    // kSignedSpin: a number field whose key may hold text.
-    {"number", kTagSignedSpin, R::kEdit, true, true, S::kNumberOrText, ShownNumber, NumberOfText,
+    {"number", FixedTag<kTagSpin>, R::kEdit, true, true, S::kNumber, ShownNumber, NumberOfText,
      EffectNumber, SignedLineText, FormatNumber, ParseNumber},
+    // kSignedSpin: a number field whose key may hold text.
+    {"number", FixedTag<kTagSignedSpin>, R::kEdit, true, true, S::kNumberOrText, ShownNumber,
+     NumberOfText, EffectNumber, SignedLineText, FormatNumber, ParseNumber},
     // kCheck: its text is its label.
-    {"switch", kTagCheckBox, R::kCheckBox, false, false, S::kNumber, ShownSwitch, SwitchOfText,
-     EffectSwitch, SignedLineText, FormatSwitch, ParseSwitch},
+    {"switch", FixedTag<kTagCheckBox>, R::kCheckBox, false, false, S::kNumber, ShownSwitch,
+     SwitchOfText, EffectSwitch, SignedLineText, FormatSwitch, ParseSwitch},
     // kColourButton
-    {"colour", kTagColourButton, R::kColourButton, true, false, S::kNumber, ShownAsStored,
-     ColourOfText, EffectColour, UnsignedLineText, FormatColour, ParseColour},
-    // kFillButton: travels as its colour until fill records exist.
-    {"fill", kTagColourButton, R::kColourButton, true, false, S::kNumber, ShownAsStored,
-     ColourOfText, EffectColour, UnsignedLineText, FormatColour, ParseColour},
+    {"colour", FixedTag<kTagColourButton>, R::kColourButton, true, false, S::kNumber,
+     ShownAsStored, ColourOfText, EffectColour, UnsignedLineText, FormatColour, ParseColour},
+    // kFillButton: the record is the value; the setting mirrors its kind and
+    // colour. Documents saved before fills had records carry a plain colour.
+    {"fill", FixedTag<kTagFillButton>, R::kFillButton, true, false, S::kNumber, ShownAsStored,
+     ColourOfText, EffectColour, UnsignedLineText, FormatColour, ParseColour, true,
+     kTagColourButton},
     // kFountain: keeps its own pattern file.
-    {"fountain", {}, R::kPlaceholder, true, false, S::kNone, ShownAsStored, NoValueOfText,
+    {"fountain", NoTag, R::kPlaceholder, true, false, S::kNone, ShownAsStored, NoValueOfText,
      EffectAsStored, SignedLineText, FormatNumber, ParseNothing},
-    // kPicker: a cell index, edited as a number until the picker windows
-    // exist; takes no part in documents until then.
-    {"direction", {}, R::kEdit, true, true, S::kNumber, ShownNumber, NumberOfText, EffectNumber,
-     SignedLineText, FormatNumber, ParseNumber},
+    // kPicker: a cell index of its picker class, any value kept as given;
+    // the line carries it unsigned.
+    {"direction", PickerTag, R::kPicker, true, false, S::kNumber, ShownAsKept, KeptOfText,
+     EffectAsStored, UnsignedLineText, FormatDirection, ParseDirection},
     // kMatrix: keeps its own pattern file.
-    {"matrix", {}, R::kPlaceholder, true, false, S::kNone, ShownAsStored, NoValueOfText,
+    {"matrix", NoTag, R::kPlaceholder, true, false, S::kNone, ShownAsStored, NoValueOfText,
      EffectAsStored, SignedLineText, FormatNumber, ParseNothing},
     // kDropDown
-    {"choice", kTagComboBox, R::kComboBox, true, false, S::kNumber, ShownIndex, IndexOfText,
-     EffectAsStored, SignedLineText, FormatNumber, ParseIndex},
+    {"choice", FixedTag<kTagComboBox>, R::kComboBox, true, false, S::kNumber, ShownIndex,
+     IndexOfText, EffectAsStored, SignedLineText, FormatNumber, ParseIndex},
     // kLabel
-    {"label", {}, R::kText, false, false, S::kNone, ShownAsStored, NoValueOfText, EffectAsStored,
-     SignedLineText, FormatNumber, ParseNothing},
+    {"label", NoTag, R::kText, false, false, S::kNone, ShownAsStored, NoValueOfText,
+     EffectAsStored, SignedLineText, FormatNumber, ParseNothing},
 }};
 
 }  // namespace
@@ -177,7 +203,13 @@ const ControlKindRules& KindRules(ControlKind kind) {
 std::string RangeText(const PageControl& c) {
   if (KindRules(c).has_range) return std::to_string(c.range.min) + ".." + std::to_string(c.range.max);
   if (!c.items.empty()) return "0.." + std::to_string(c.items.size() - 1);
+  if (c.kind == ControlKind::kPicker)
+    return "0.." + std::to_string(PickerKindOf(c.picker).cell_count() - 1);
   return "-";
+}
+
+int32_t FillSettingValue(uint32_t fill_kind, Colour colour) {
+  return static_cast<int32_t>(((fill_kind & 0xFFu) << 24) | (colour & 0xFFFFFFu));
 }
 
 std::string SpinText(const SpinRange& range) {

@@ -16,6 +16,7 @@
 #include <string_view>
 
 #include "controls/page_control.h"
+#include "image/image.h"
 
 namespace tess {
 
@@ -23,10 +24,12 @@ namespace tess {
 // kind has one, then the control, then an up-down after a number field.
 enum class PageWindowRole : uint8_t {
   kLabel,         // static text left of its control
-  kEdit,          // the number field of a spin (and, for now, of a direction picker)
+  kEdit,          // the number field of a spin
   kUpDown,        // its up-down, window text = the spin text
   kCheckBox,      // text is its own label
-  kColourButton,  // plain colour and, until fill records exist, fill buttons
+  kColourButton,  // plain colour
+  kFillButton,    // a fill: swatch and kind menu
+  kPicker,        // a direction picker of the control's picker class
   kComboBox,      // index drop-down
   kPlaceholder,   // fountain and matrix buttons: shown, not yet editable
   kText,          // a page's plain label
@@ -41,7 +44,8 @@ enum class ControlStorage : uint8_t {
 
 struct ControlKindRules {
   const char* listing_name;  // the command line's KIND column
-  std::string_view tag;      // document line tag; empty: takes no part
+  // The document line tag; empty: takes no part.
+  std::string_view (*tag)(const PageControl&);
   PageWindowRole window;     // the control's own window
   bool separate_label;       // a static label stands left of the control
   bool has_range;            // values are clamped to PageControl::range
@@ -63,6 +67,13 @@ struct ControlKindRules {
   // failure `expected` says what would have been accepted.
   std::optional<int32_t> (*parse)(const PageControl&, std::string_view text, int32_t stored,
                                   std::string* expected);
+  // Kinds whose value is a fill record (fills/fill_descriptor.h) beside the
+  // setting that mirrors its colour: their line, text and swatch come from
+  // the record's own code; the number rules above serve that setting.
+  bool holds_fill = false;
+  // A tag whose lines the kind also takes: the fill buttons' older colour
+  // lines, whose colour becomes a Simple fill.
+  std::string_view legacy_tag = {};
 };
 
 const ControlKindRules& KindRules(ControlKind kind);
@@ -79,7 +90,12 @@ inline int32_t ValueOfText(const PageControl& c, std::string_view text) {
 inline std::string LineText(const PageControl& c, int32_t shown) {
   return KindRules(c).line_text(shown);
 }
-inline bool TakesPartInDocuments(const PageControl& c) { return !KindRules(c).tag.empty(); }
+inline std::string_view DocumentTag(const PageControl& c) { return KindRules(c).tag(c); }
+inline bool TakesPartInDocuments(const PageControl& c) { return !DocumentTag(c).empty(); }
+
+// A fill setting: the fill's kind in the top byte, its Simple colour in the
+// low 24 bits, so the configuration file alone tells what a slot paints.
+int32_t FillSettingValue(uint32_t fill_kind, Colour colour);
 
 // The command line's range column: "min..max" for ranged kinds, "0..N-1"
 // for drop-downs, "-" otherwise.

@@ -13,6 +13,8 @@
 #include <string>
 #include <string_view>
 
+#include "fills/picker.h"
+
 namespace tess {
 
 // Kinds of page control. The numbering is stable: tests and dumps print it.
@@ -61,6 +63,7 @@ struct PageControl {
   SpinRange range;     // spins and pickers
   ItemList items;      // drop-downs
   int16_t x, y, w, h;  // place on the page in dialog units
+  PickerClass picker = PickerClass::kScroll4;  // direction pickers: which of the family
 };
 
 // Page controls of style number S are 3000 + 100*S + n (n = 1..99); each

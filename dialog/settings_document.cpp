@@ -19,7 +19,7 @@ class SettingControl final : public DocumentControl {
  public:
   SettingControl(const PageControl& control, Settings& settings, int index, int32_t* slot)
       : m_control(control), m_settings(settings), m_index(index), m_slot(slot) {}
-  std::string_view Tag() const override { return KindRules(m_control).tag; }
+  std::string_view Tag() const override { return DocumentTag(m_control); }
   int Number() const override { return m_control.id; }
   std::string ValueText() const override {
     int32_t shown = m_slot ? ShownValue(m_control, *m_slot)
@@ -42,42 +42,102 @@ class SettingControl final : public DocumentControl {
   int32_t* m_slot;
 };
 
+// A fill button: its line carries the whole record in hexadecimal; its
+// setting mirrors the record's kind and colour. A record that arrives from a
+// document keeps this control's own pattern-file path, so a document can
+// never choose where a file is written. An older document's plain colour
+// becomes a Simple fill of that colour.
+class FillControl final : public DocumentControl {
+ public:
+  FillControl(const PageControl& control, FillStore& fills, int32_t* slot)
+      : m_control(control), m_fills(fills), m_slot(slot) {}
+  std::string_view Tag() const override { return DocumentTag(m_control); }
+  int Number() const override { return m_control.id; }
+  std::string_view LegacyTag() const override { return KindRules(m_control).legacy_tag; }
+
+  std::string ValueText() const override {
+    FillBytes bytes = SerializeFillDescriptor(Current());
+    return HexEncode(bytes);
+  }
+  // A payload that is not 854 bytes of hexadecimal is taken and changes nothing.
+  bool TakeValue(std::string_view value) override {
+    Buffer<uint8_t> bytes = HexDecode(value, kFillDescriptorSize);
+    FillDescriptor record;
+    if (!bytes || !ParseFillDescriptor(bytes.get(), kFillDescriptorSize, record)) return true;
+    SetFillPath(record, FillPath(Current()));
+    Store(record);
+    return true;
+  }
+  bool TakeLegacyValue(std::string_view value) override {
+    FillDescriptor record = Current();
+    record.kind = kFillSimple;
+    record.colour = ColourTextValue(value) & 0xFFFFFFu;
+    Store(record);
+    return true;
+  }
+
+ private:
+  // The record the store holds, else a Simple fill of the setting's colour.
+  FillDescriptor Current() const {
+    if (const FillDescriptor* kept = m_fills.Find(m_control.id)) {
+      FillDescriptor record = *kept;
+      record.colour = static_cast<Colour>(*m_slot) & 0xFFFFFFu;
+      return record;
+    }
+    FillDescriptor record;
+    record.colour = static_cast<Colour>(*m_slot) & 0xFFFFFFu;
+    return record;
+  }
+  void Store(const FillDescriptor& record) {
+    m_fills.Put(m_control.id, record);
+    *m_slot = FillSettingValue(record.kind, record.colour);
+  }
+
+  const PageControl& m_control;
+  FillStore& m_fills;
+  int32_t* m_slot;
+};
+
 using Controls = std::vector<std::unique_ptr<DocumentControl>>;
 
 // The document control of a declaration stored under config key `index`, or
 // null when its kind takes no part or keeps no setting there.
-std::unique_ptr<DocumentControl> MakeControl(Settings& settings, const PageControl& c, int index,
-                                             int32_t* slot) {
+std::unique_ptr<DocumentControl> MakeControl(Settings& settings, FillStore& fills,
+                                             const PageControl& c, int index, int32_t* slot) {
   const ControlKindRules& rules = KindRules(c);
-  if (rules.tag.empty() || rules.storage == ControlStorage::kNone) return nullptr;
+  if (DocumentTag(c).empty() || rules.storage == ControlStorage::kNone) return nullptr;
   if (!slot && rules.storage != ControlStorage::kNumberOrText) return nullptr;
+  if (rules.holds_fill) return std::make_unique<FillControl>(c, fills, slot);
   return std::make_unique<SettingControl>(c, settings, index, slot);
 }
 
-void AddMainControls(Controls& out, Settings& settings, int32_t* custom_palette,
+void AddMainControls(Controls& out, Settings& settings, FillStore& fills, int32_t* custom_palette,
                      uint32_t host_capabilities) {
   for (const PageControl& c : MainDialogControls(host_capabilities)) {
     int index = c.key ? FindConfigKey(c.key) : -1;
     int32_t* slot = index >= 0 ? settings.NumberSlot(index) : custom_palette;
-    if (auto control = MakeControl(settings, c, index, slot)) out.push_back(std::move(control));
+    if (auto control = MakeControl(settings, fills, c, index, slot))
+      out.push_back(std::move(control));
   }
 }
 
-void AddPageControls(Controls& out, Settings& settings) {
+void AddPageControls(Controls& out, Settings& settings, FillStore& fills) {
   for (const StyleEntry& style : StyleTable())
     for (const PageControl& c : style.page) {
       int index = c.key ? StyleKeyIndex(style.number, c.key) : -1;
       if (index < 0) continue;
-      if (auto control = MakeControl(settings, c, index, settings.NumberSlot(index)))
+      if (auto control = MakeControl(settings, fills, c, index, settings.NumberSlot(index)))
         out.push_back(std::move(control));
     }
 }
 
 }  // namespace
 
-SettingsDocument::SettingsDocument(Settings& settings, uint32_t host_capabilities) {
-  AddMainControls(m_controls, settings, &m_custom_palette, host_capabilities);
-  AddPageControls(m_controls, settings);
+SettingsDocument::SettingsDocument(Settings& settings, uint32_t host_capabilities,
+                                   FillStore* fills) {
+  FillStore& store = fills ? *fills : m_own_fills;
+  AddMainControls(m_controls, settings, store, &m_custom_palette, host_capabilities);
+  AddPageControls(m_controls, settings, store);
 }
 
 SettingsDocument::~SettingsDocument() = default;
@@ -94,11 +154,12 @@ DocumentControl* SettingsDocument::FindControl(int number) {
 }
 
 bool SaveSettingsDocument(const std::string& path, const Settings& settings,
-                          uint32_t host_capabilities, Reporter& reporter) {
+                          uint32_t host_capabilities, Reporter& reporter, const FillStore* fills) {
   try {
     // The controls bind to writable storage; saving only reads it.
     Settings copy = settings;
-    SettingsDocument document(copy, host_capabilities);
+    FillStore fills_copy = fills ? *fills : FillStore();
+    SettingsDocument document(copy, host_capabilities, &fills_copy);
     return SaveDocument(path, document, reporter);
   } catch (const std::bad_alloc&) {
     reporter.ShowMessage(StringText(kStrErrorCreatingDocument));
@@ -107,9 +168,9 @@ bool SaveSettingsDocument(const std::string& path, const Settings& settings,
 }
 
 bool LoadDocumentIntoSettings(const std::string& path, Settings& settings,
-                              uint32_t host_capabilities, Reporter& reporter) {
+                              uint32_t host_capabilities, Reporter& reporter, FillStore* fills) {
   try {
-    SettingsDocument document(settings, host_capabilities);
+    SettingsDocument document(settings, host_capabilities, fills);
     return LoadDocument(path, document, reporter);
   } catch (const std::bad_alloc&) {
     reporter.ShowMessage(StringText(kStrErrorOpeningDocument));

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "base/report.h"
+#include "fills/fill_store.h"
 #include "shell/document.h"
 #include "shell/settings.h"
 #include "styles/style.h"
@@ -30,8 +31,11 @@ namespace tess {
 // controls point into it.
 class SettingsDocument final : public DocumentTarget {
  public:
-  // `settings` must outlive this object. Throws std::bad_alloc only.
-  SettingsDocument(Settings& settings, uint32_t host_capabilities);
+  // `settings` (and `fills`, when given) must outlive this object. Fill
+  // controls keep their records in `fills`, or in a store of their own when
+  // none is given, so a load still brings each slot's kind and colour into
+  // the settings. Throws std::bad_alloc only.
+  SettingsDocument(Settings& settings, uint32_t host_capabilities, FillStore* fills = nullptr);
   ~SettingsDocument() override;
   SettingsDocument(const SettingsDocument&) = delete;
   SettingsDocument& operator=(const SettingsDocument&) = delete;
@@ -47,14 +51,17 @@ class SettingsDocument final : public DocumentTarget {
 
  private:
   int32_t m_custom_palette = 0;
+  FillStore m_own_fills;
   std::vector<std::unique_ptr<DocumentControl>> m_controls;
 };
 
 // One-call forms for hosts without a dialog. Every failure, memory included,
 // is reported with the same message SaveDocument and LoadDocument give.
 bool SaveSettingsDocument(const std::string& path, const Settings& settings,
-                          uint32_t host_capabilities, Reporter& reporter);
+                          uint32_t host_capabilities, Reporter& reporter,
+                          const FillStore* fills = nullptr);
 bool LoadDocumentIntoSettings(const std::string& path, Settings& settings,
-                              uint32_t host_capabilities, Reporter& reporter);
+                              uint32_t host_capabilities, Reporter& reporter,
+                              FillStore* fills = nullptr);
 
 }  // namespace tess

@@ -35,7 +35,20 @@ int32_t SettingsReader::Spin(int id) const {
   return rules.has_range ? rules.effect_value(*control, stored) : stored.value_or(0);
 }
 
-int32_t SettingsReader::Picker(int id) const { return Spin(id); }
+int32_t SettingsReader::Picker(int id) const {
+  const PageControl* control = FindPageControl(*m_style, id);
+  return control ? Stored(*m_settings, *m_style, *control).value_or(control->range.def) : 0;
+}
+
+FillDescriptor SettingsReader::Fill(int id) const {
+  const PageControl* control = FindPageControl(*m_style, id);
+  uint32_t stored = control ? static_cast<uint32_t>(Stored(*m_settings, *m_style, *control).value_or(0)) : 0;
+  const FillDescriptor* kept = m_fills ? m_fills->Find(id) : nullptr;
+  FillDescriptor fill = kept ? *kept : FillDescriptor();
+  if (!kept && (stored >> 24) <= kFillTile) fill.kind = stored >> 24;
+  fill.colour = stored & 0xFFFFFFu;
+  return fill;
+}
 
 bool SettingsReader::Checked(int id) const {
   const PageControl* control = FindPageControl(*m_style, id);

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "fills/fill_store.h"
 #include "styles/style.h"
 
 namespace tess {
@@ -23,19 +24,24 @@ class Settings;
 // An id not on the style's page gives 0 (false) from every call.
 class SettingsReader final : public ParamReader {
  public:
-  // Both must outlive the reader.
-  SettingsReader(const Settings& settings, const StyleEntry& style)
-      : m_settings(&settings), m_style(&style) {}
+  // All must outlive the reader; without `fills` every fill is Simple.
+  SettingsReader(const Settings& settings, const StyleEntry& style,
+                 const FillStore* fills = nullptr)
+      : m_settings(&settings), m_style(&style), m_fills(fills) {}
 
   int32_t Spin(int id) const override;
   bool Checked(int id) const override;
   Colour ColourValue(int id) const override;
   int32_t Selection(int id) const override;
   int32_t Picker(int id) const override;
+  // The store's record of the control (else the defaults, of the kind the
+  // setting's top byte names), with the setting's colour as its Simple colour.
+  FillDescriptor Fill(int id) const override;
 
  private:
   const Settings* m_settings;
   const StyleEntry* m_style;
+  const FillStore* m_fills;
 };
 
 // One stored setting of a style's page.

@@ -166,8 +166,12 @@ std::string FormatControlLine(const DocumentControl& control) {
 }
 
 bool DeliverLine(DocumentControl& control, std::string_view line) {
-  std::optional<std::string_view> value = LineValue(line, control.Tag());
-  return value && control.TakeValue(*value);
+  if (std::optional<std::string_view> value = LineValue(line, control.Tag()))
+    return control.TakeValue(*value);
+  std::string_view legacy = control.LegacyTag();
+  if (legacy.empty()) return false;
+  std::optional<std::string_view> value = LineValue(line, legacy);
+  return value && control.TakeLegacyValue(*value);
 }
 
 // ---------------------------------------------------------------- documents

@@ -102,13 +102,18 @@ class DocumentControl {
   // Takes a value text from a line with this control's tag. False when the
   // value cannot be taken (the control keeps its previous value).
   virtual bool TakeValue(std::string_view value) = 0;
+  // An older tag whose lines the control also takes (empty: none), and how it
+  // takes their value.
+  virtual std::string_view LegacyTag() const { return {}; }
+  virtual bool TakeLegacyValue(std::string_view) { return false; }
 };
 
 // The control's whole line, line end excluded.
 std::string FormatControlLine(const DocumentControl& control);
 
 // Offers `line` to `control`: refused (false, nothing changed) when its tag is
-// not the control's own or it has no "="; else the control's TakeValue.
+// neither the control's own nor its legacy tag, or it has no "="; else the
+// control's TakeValue (or TakeLegacyValue).
 bool DeliverLine(DocumentControl& control, std::string_view line);
 
 // Everything that can be saved to and loaded from a document.

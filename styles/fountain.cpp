@@ -14,7 +14,7 @@ constexpr int Id(int n) { return PageControlId(kNumber, n); }
 constexpr std::array kPage = Join(
     TileRows(kNumber),
     std::array{
-        Picker(Id(kScrollControl), kLeft, 3, "Scroll", {0, 3, 1}),
+        Picker(Id(kScrollControl), kLeft, 3, "Scroll", PickerClass::kScroll4, 1),
         Fountain(270, kRight, 0),
     });
 

@@ -17,7 +17,7 @@ constexpr std::array kPage = Join(
         Spin(Id(kSeedControl), kLeft, 3, "Seed:", "Seed", {100, 32760, 1001}),
         Spin(Id(kDensityControl), kLeft, 4, "Density:", "Density", {8, 256, 32}),
         Spin(Id(kOpacityControl), kLeft, 5, "Opacity:", "FillOpacity", {1, 255, 255}),
-        Picker(Id(kScrollControl), kLeft, 6, "Scroll", {0, 3, 1}),
+        Picker(Id(kScrollControl), kLeft, 6, "Scroll", PickerClass::kScroll4, 1),
         Background(kNumber, kRight, 0),
     },
     ColourRows(kNumber, 1));

@@ -43,9 +43,6 @@ constexpr int EnableControl(int i) { return 20 + i; }
 // Shaped Fountain 306, Atmosphere 451, Carpet 496.
 constexpr int kBuiltInFountainIds[] = {270, 290, 306, 451, 496};
 
-// Direction pickers carry their cell range: {0, 3, d} for the four-way
-// picker, {0, 1, d} for the two-way one.
-constexpr int kTwoWayPickerMax = 1;
 
 // ---------------------------------------------------------------- grid
 
@@ -109,8 +106,13 @@ constexpr PageControl DropDown(int id, Column col, int row, const char* label, c
   return InCell(id, ControlKind::kDropDown, col, row, label, key, CellRest(col), {}, items);
 }
 
-constexpr PageControl Picker(int id, Column col, int row, const char* key, SpinRange range) {
-  return InCell(id, ControlKind::kPicker, col, row, "Scroll:", key, CellRest(col), range);
+// A direction picker of class `picker`; `def` is the cell a fresh page selects.
+constexpr PageControl Picker(int id, Column col, int row, const char* key, PickerClass picker,
+                             int32_t def) {
+  PageControl c = InCell(id, ControlKind::kPicker, col, row, "Scroll:", key, CellRest(col),
+                         {0, 0, def});
+  c.picker = picker;
+  return c;
 }
 
 // Fountain and matrix buttons are stored by their own controls, not by a key.

@@ -18,7 +18,7 @@ constexpr std::string_view kShapes[] = {"Circle", "Diamond", "Square", "Biscuit"
 constexpr std::array kPage = {
     Spin(Id(kSizeControl), kLeft, 0, "Size:", "Size", {16, 1024, 128}),
     Spin(Id(kFramesControl), kLeft, 1, "Frames:", "Frames", {2, 32760, 64}),
-    Picker(Id(kScrollControl), kLeft, 2, "Scroll", {0, 1, 1}),
+    Picker(Id(kScrollControl), kLeft, 2, "Scroll", PickerClass::kScroll2, 1),
     DropDown(Id(kFirstOwnControl), kLeft, 3, "Shape:", "Shape", kShapes),
     Fountain(306, kRight, 0),
 };

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "controls/page_control.h"
+#include "fills/fill_descriptor.h"
 #include "image/frame_list.h"
 #include "image/image.h"
 
@@ -37,8 +38,16 @@ class ParamReader {
   virtual Colour ColourValue(int id) const = 0;
   // Index drop-down: the selected index.
   virtual int32_t Selection(int id) const = 0;
-  // Direction picker: the selected cell's index, within the picker's range.
+  // Direction picker: its value, the selected cell's index (a value from
+  // elsewhere is kept as it is; each effect decides what it draws).
   virtual int32_t Picker(int id) const = 0;
+  // "Color N" slot: the fill the slot paints with. Its Simple colour is
+  // ColourValue(id). Readers without fill records answer a Simple fill.
+  virtual FillDescriptor Fill(int id) const {
+    FillDescriptor fill;
+    fill.colour = ColourValue(id);
+    return fill;
+  }
 };
 
 // ---------------------------------------------------------------- random generator

@@ -19,7 +19,7 @@ constexpr std::array kPage = Join(
         Spin(Id(kFirstOwnControl), kLeft, 5, "Amplitude:", "Amplitude", {0, 100, 75}),
         Spin(Id(kFirstOwnControl + 1), kLeft, 6, "Glare:", "Glare", {0, 255, 160}),
         Spin(Id(kFirstOwnControl + 2), kLeft, 7, "Shade:", "Shade", {0, 255, 70}),
-        Picker(Id(kScrollControl), kLeft, 8, "Scroll", {0, 3, 1}),
+        Picker(Id(kScrollControl), kLeft, 8, "Scroll", PickerClass::kScroll4, 1),
         Background(kNumber, kRight, 0),
     },
     ColourRows(kNumber, 1));

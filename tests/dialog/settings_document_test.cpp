@@ -73,9 +73,12 @@ TEST(SettingsDocument, PinsTheOpeningLinesOfTheDefaults) {
       "SPNBTN4104=9872\r\n";
   EXPECT_EQ(text.substr(0, opening.size()), opening);
   EXPECT_NE(text.find("\r\nCLRBTN4605=8273\r\n"), std::string::npos);  // Gridlock background
-  // Fill buttons travel as plain colours for now; pickers take no part yet.
-  EXPECT_NE(text.find("\r\nCLRBTN4611=3639295\r\n"), std::string::npos);
-  EXPECT_EQ(text.find("3410="), std::string::npos);  // Fountain's "Scroll" picker
+  // Fill buttons carry their whole record; pickers their class's tag.
+  size_t fill = text.find("\r\nFILLBT4611=42524E4446494C42");  // "BRNDFILB"
+  ASSERT_NE(fill, std::string::npos);
+  EXPECT_EQ(text.find("\r\n", fill + 2) - fill, 2 + 11 + 2 * kFillDescriptorSize);
+  EXPECT_NE(text.find("\r\nSCRL4D3410=1\r\n"), std::string::npos);  // Fountain's "Scroll"
+  EXPECT_NE(text.find("\r\nSCRL2D3610=1\r\n"), std::string::npos);  // Shaped Fountain's
   EXPECT_TRUE(text.ends_with("\r\n;End of document\r\n"));
 }
 
@@ -126,8 +129,10 @@ TEST(SettingsDocument, LinesAreTakenAsTheirControlsWouldTakeThem) {
       {Line(13, "CMBBOX", "8") + Line(58, "CMBBOX", "20") + Line(ring1, "CMBBOX", "7") +
            Line(15, "CHKBOX", "2") + Line(20, "CHKBOX", "no") + Line(4605, "CLRBTN", "-1") +
            Line(4611, "CLRBTN", "99999999999"),
+       // An older document's colour line becomes a Simple fill of that colour.
        {{"MainPalette", 8}, {"MainEffect", -1}, {"Style003Style1", 7}, {"MainDither", 1},
-        {"AddDescriptiveCommentBlock", 0}, {"Style016Background", -1}, {"Style016FillColor1", -1}}},
+        {"AddDescriptiveCommentBlock", 0}, {"Style016Background", -1},
+        {"Style016FillColor1", 0xFFFFFF}}},
       {Line(ring1, "CMBBOX", "8"), {{"Style003Style1", -1}}},
   };
   for (const Case& c : cases) {

@@ -75,8 +75,9 @@ TEST(SettingsReader, SpinsClampToThePageRangeAndOtherKindsReadAsStored) {
   SettingsReader shaped_reader(settings, shaped);
   settings.SetStyleNumber(6, "Shape", 7);  // the effect draws squares for it
   EXPECT_EQ(shaped_reader.Selection(FindPageControlByKey(shaped, "Shape")->id), 7);
+  // A picker's value is kept as it is: the effect reads "not 0" as one way.
   settings.SetStyleNumber(6, "Scroll", 5);
-  EXPECT_EQ(shaped_reader.Spin(FindPageControlByKey(shaped, "Scroll")->id), 1);  // the two-way picker
+  EXPECT_EQ(shaped_reader.Picker(FindPageControlByKey(shaped, "Scroll")->id), 5);
 }
 
 // A page control whose key the settings do not hold (and a keyless one) reads
