@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/cli/cli_args.h"
+#include "host/cli/cli_fills.h"
 #include "host/cli/commands.h"
 #include "shell/strings.h"
 #include "styles/style_table.h"
@@ -35,7 +36,12 @@ int Dispatch(std::span<const std::string> args, CliEnvironment& env) {
     return kExitOk;
   }
   if (parsed.command == Command::kHelp) {
-    env.out << (parsed.operands.empty() ? GeneralHelp() : CommandHelp(FindCommand(parsed.operands[0])));
+    if (parsed.operands.empty()) {
+      env.out << GeneralHelp();
+    } else {
+      std::string topic = TopicHelp(parsed.operands[0]);
+      env.out << (topic.empty() ? CommandHelp(FindCommand(parsed.operands[0])) : topic);
+    }
     return kExitOk;
   }
   if (parsed.help) {
@@ -48,6 +54,7 @@ int Dispatch(std::span<const std::string> args, CliEnvironment& env) {
     case Command::kTest:
     case Command::kPreview: return RunBuildCommand(parsed, env);
     case Command::kEncode: return RunEncode(parsed, env);
+    case Command::kSwatch: return RunSwatch(parsed, env);
     default: return kExitUsage;
   }
 }

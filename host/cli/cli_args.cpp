@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "host/cli/cli_fills.h"
 #include "output/palette.h"
 #include "shell/strings.h"
 
@@ -64,6 +65,7 @@ constexpr OptionInfo kOptions[] = {
     {Opt::kOpen, "open", 0, Arg::kSwitch, "", "open the preview page in a browser (default)"},
     {Opt::kDir, "dir", 0, Arg::kValue, "DIR", "write the preview files into DIR"},
     {Opt::kDoc, "doc", 0, Arg::kValue, "FILE", "take settings from a document file (.TS1) saved by the plug-in; options given too override it"},
+    {Opt::kSize, "size", 0, Arg::kValue, "WxH", "the swatch's size in pixels, e.g. 128x64 (default 64x64)"},
 };
 
 const OptionInfo& OptionInfoOf(Opt id) {
@@ -125,7 +127,14 @@ const std::vector<CommandInfo>& Commands() {
         Opt::kSupercompress, Opt::kTrueColour, Opt::kComment, Opt::kConfig, Opt::kNoConfig,
         Opt::kSave, Opt::kQuiet, Opt::kHelp},
        1, -1},
-      {Command::kHelp, "help", "help [COMMAND]", "show help for a command", "", {Opt::kHelp}, 0, 1},
+      {Command::kSwatch, "swatch", "swatch FILL [--size WxH] -o FILE",
+       "paint one fill into an image",
+       "Paints FILL, a fill's text form (see 'tessarine help fills') or a pattern file (.flp)\n"
+       "written by the plug-in, into a new image of the given size, exactly as an effect\n"
+       "receives it, and writes it as binary PPM (FILE ending in .ppm) or GIF (.gif).",
+       {Opt::kOutput, Opt::kSize, Opt::kHelp}, 1, 1},
+      {Command::kHelp, "help", "help [COMMAND|TOPIC]", "show help for a command or a topic (fills)", "",
+       {Opt::kHelp}, 0, 1},
   };
   return commands;
 }
@@ -163,6 +172,7 @@ void Apply(Opt id, bool on, const std::string& value, CliArgs* out) {
     case Opt::kOpen: out->open = on; break;
     case Opt::kDir: out->dir = value; break;
     case Opt::kDoc: out->doc = value; break;
+    case Opt::kSize: out->size = value; break;
   }
 }
 
@@ -344,6 +354,11 @@ constexpr std::string_view kBuildNotes =
 
 }  // namespace
 
+std::string TopicHelp(std::string_view name) {
+  if (name == "fills") return FillsHelp();
+  return {};
+}
+
 Command FindCommand(std::string_view name) {
   for (const CommandInfo& info : Commands())
     if (info.name == name) return info.id;
@@ -382,8 +397,8 @@ bool ParseArgs(std::span<const std::string> args, CliArgs* out, std::string* err
   CommandParser parser(*info, out, error);
   if (!parser.Run(args.subspan(i + 1))) return false;
   if (out->command == Command::kHelp && !out->operands.empty() &&
-      FindCommand(out->operands[0]) == Command::kNone) {
-    *error = "unknown command '" + out->operands[0] + "' (try 'tessarine --help')";
+      FindCommand(out->operands[0]) == Command::kNone && TopicHelp(out->operands[0]).empty()) {
+    *error = "unknown command or topic '" + out->operands[0] + "' (try 'tessarine --help')";
     return false;
   }
   return true;
@@ -403,7 +418,7 @@ std::string GeneralHelp() {
     left.append(12 - std::min<size_t>(12, left.size()), ' ');
     text += left + std::string(info.summary) + "\n";
   }
-  text += "\n";
+  text += "\nTopics (tessarine help TOPIC):\n  fills       the text form of a fill, for --set and swatch\n\n";
   text += kExitCodes;
   return text;
 }

@@ -17,7 +17,7 @@ constexpr int kExitOk = 0;
 constexpr int kExitFailure = 1;  // the work could not be done
 constexpr int kExitUsage = 2;    // the command line was wrong
 
-enum class Command { kNone, kHelp, kList, kRender, kTest, kPreview, kEncode };
+enum class Command { kNone, kHelp, kList, kRender, kTest, kPreview, kEncode, kSwatch };
 
 enum class Opt {
   kHelp,
@@ -39,6 +39,7 @@ enum class Opt {
   kOpen,
   kDir,
   kDoc,
+  kSize,
 };
 
 // Everything a command line said, as written. Switches that come in --x and
@@ -66,6 +67,7 @@ struct CliArgs {
   bool quiet = false;
   std::optional<std::string> dir;
   std::optional<std::string> doc;
+  std::optional<std::string> size;
   std::vector<std::string> operands;
 };
 
@@ -75,6 +77,10 @@ bool ParseArgs(std::span<const std::string> args, CliArgs* out, std::string* err
 
 // The command named `name`, or kNone.
 Command FindCommand(std::string_view name);
+
+// Help topics beside the commands ("tessarine help fills"): the topic's text,
+// or empty when there is no such topic.
+std::string TopicHelp(std::string_view name);
 
 // "tessarine --help": commands, exit codes, environment.
 std::string GeneralHelp();

@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "controls/control_kinds.h"
+#include "host/cli/cli_fills.h"
 #include "dialog/settings_reader.h"
 #include "output/palette.h"
 #include "shell/config_file.h"
@@ -188,7 +189,7 @@ std::optional<int32_t> KeyValue(int index, std::string_view text, std::string* e
 }  // namespace
 
 bool ApplySet(std::string_view assignment, Settings& settings, std::span<const StyleEntry> styles,
-              Failure* failure) {
+              Failure* failure, FillStore* fills) {
   size_t eq = assignment.find('=');
   if (eq == std::string_view::npos || eq == 0) {
     *failure = Usage("--set needs KEY=VALUE, not '" + std::string(assignment) + "'");
@@ -209,6 +210,12 @@ bool ApplySet(std::string_view assignment, Settings& settings, std::span<const S
     return true;
   }
   std::string expected;
+  if (target.control && KindRules(*target.control).holds_fill && fills) {
+    if (SetFill(*target.control, target.index, text, settings, *fills, &expected)) return true;
+    *failure = Usage("bad value '" + std::string(text) + "' for " + std::string(config_key.name) +
+                     ": expected " + expected);
+    return false;
+  }
   int32_t stored = settings.NumberAt(target.index);
   std::optional<int32_t> value =
       target.control ? KindRules(*target.control).parse(*target.control, text, stored, &expected)
@@ -225,7 +232,7 @@ bool ApplySet(std::string_view assignment, Settings& settings, std::span<const S
 // ---------------------------------------------------------------- build options
 
 bool ApplyBuildOptions(const CliArgs& args, Settings& settings, std::span<const StyleEntry> styles,
-                       SessionChoices* session, Failure* failure) {
+                       SessionChoices* session, Failure* failure, FillStore* fills) {
   if (args.effect) {
     int index = FindEffect(*args.effect, styles);
     if (index < 0) {
@@ -269,7 +276,7 @@ bool ApplyBuildOptions(const CliArgs& args, Settings& settings, std::span<const 
                        args.dither.value_or(false) || args.supercompress.value_or(false);
   if (wants_palette && !args.true_colour) settings.SetNumber(Key::Truecolour, 0);
   for (const std::string& assignment : args.sets)
-    if (!ApplySet(assignment, settings, styles, failure)) return false;
+    if (!ApplySet(assignment, settings, styles, failure, fills)) return false;
   return true;
 }
 
@@ -308,6 +315,10 @@ int32_t CliDialogReader::Selection(int id) const {
 
 int32_t CliDialogReader::Picker(int id) const {
   return m_style ? SettingsReader(m_settings, *m_style).Picker(id) : 0;
+}
+
+FillDescriptor CliDialogReader::Fill(int id) const {
+  return m_style ? SettingsReader(m_settings, *m_style, m_fills).Fill(id) : FillDescriptor();
 }
 
 }  // namespace tess::cli

@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "fills/fill_store.h"
 #include "host/cli/cli_args.h"
 #include "platform/platform.h"
 #include "shell/settings.h"
@@ -67,13 +68,15 @@ bool FindPalette(std::string_view text, int* choice, bool* adaptive);
 // control that edits the setting: spins against their range, switches as
 // 0/1/on/off/yes/no/true/false, colours as #RRGGBB or a number, choices as an
 // index or item name.
+// A fill control's value is a fill's text form (see 'tessarine help fills'),
+// kept in `fills` beside the setting.
 bool ApplySet(std::string_view assignment, Settings& settings, std::span<const StyleEntry> styles,
-              Failure* failure);
+              Failure* failure, FillStore* fills = nullptr);
 
 // Every build option of the command line, in the order that makes the most
 // explicit one win: --effect, the output options, then each --set in turn.
 bool ApplyBuildOptions(const CliArgs& args, Settings& settings, std::span<const StyleEntry> styles,
-                       SessionChoices* session, Failure* failure);
+                       SessionChoices* session, Failure* failure, FillStore* fills = nullptr);
 
 // The effect MainEffect selects, clamped to the table as the build clamps it.
 int SelectedEffect(const Settings& settings, std::span<const StyleEntry> styles);
@@ -88,20 +91,24 @@ class CliDialogReader final : public ParamReader {
   static constexpr int32_t kMinDelay = 1;
   static constexpr int32_t kMaxDelay = 1000;
 
-  // All must outlive the reader; `style` may be null (frames from elsewhere).
-  CliDialogReader(const Settings& settings, const StyleEntry* style, const SessionChoices& session)
-      : m_settings(settings), m_style(style), m_session(session) {}
+  // All must outlive the reader; `style` may be null (frames from elsewhere),
+  // and without `fills` every fill is Simple.
+  CliDialogReader(const Settings& settings, const StyleEntry* style, const SessionChoices& session,
+                  const FillStore* fills = nullptr)
+      : m_settings(settings), m_style(style), m_session(session), m_fills(fills) {}
 
   int32_t Spin(int id) const override;
   bool Checked(int id) const override;
   Colour ColourValue(int id) const override;
   int32_t Selection(int id) const override;
   int32_t Picker(int id) const override;
+  FillDescriptor Fill(int id) const override;
 
  private:
   const Settings& m_settings;
   const StyleEntry* m_style;
   SessionChoices m_session;
+  const FillStore* m_fills;
 };
 
 }  // namespace tess::cli

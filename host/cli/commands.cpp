@@ -16,6 +16,7 @@
 #include "dialog/settings_document.h"
 #include "dialog/settings_reader.h"
 #include "driver/build_driver.h"
+#include "host/cli/cli_fills.h"
 #include "host/cli/cli_settings.h"
 #include "host/cli/gif_file_host.h"
 #include "host/cli/ppm.h"
@@ -49,22 +50,23 @@ bool OutputIsUsable(const CliArgs& args, Failure* failure) {
 
 // A document saved by the dialog (or by us) over the configuration; the
 // loader has already left the settings alone when it reports a failure.
-bool LoadDocument(const std::string& path, Settings& settings, Failure* failure) {
+bool LoadDocument(const std::string& path, Settings& settings, FillStore& fills, Failure* failure) {
   RecordingReporter messages;
-  if (LoadDocumentIntoSettings(path, settings, kHostCapOptimise, messages)) return true;
+  if (LoadDocumentIntoSettings(path, settings, kHostCapOptimise, messages, &fills)) return true;
   std::string text = messages.messages.empty() ? "cannot load the document" : messages.messages.front();
   *failure = Failure{kExitFailure, path + ": " + text};
   return false;
 }
 
-// The settings of one run: defaults, the configuration file, a document, then
-// the options.
+// The settings of one run: defaults, the configuration file with the fills'
+// pattern files, a document, then the options.
 bool PrepareSettings(const CliArgs& args, CliEnvironment& env, const ConfigPlan& plan,
-                     Settings& settings, SessionChoices* session, Failure* failure) {
+                     Settings& settings, FillStore& fills, SessionChoices* session, Failure* failure) {
   if (!OutputIsUsable(args, failure)) return false;
   if (!LoadConfig(plan, settings, env.platform, failure)) return false;
-  if (args.doc && !LoadDocument(*args.doc, settings, failure)) return false;
-  return ApplyBuildOptions(args, settings, env.styles, session, failure);
+  LoadFills(plan, settings, fills, env.platform, env.styles);
+  if (args.doc && !LoadDocument(*args.doc, settings, fills, failure)) return false;
+  return ApplyBuildOptions(args, settings, env.styles, session, failure, &fills);
 }
 
 BuildOptions OptionsFrom(const Settings& settings) {
@@ -89,10 +91,11 @@ int Finish(bool built, const GifFileHost& host, CliEnvironment& env) {
 
 // Saving follows the dialog: the settings are written whether the build
 // succeeded or not. A failed save turns success into failure.
-int SaveIfAsked(int code, const ConfigPlan& plan, const Settings& settings, CliEnvironment& env) {
+int SaveIfAsked(int code, const ConfigPlan& plan, const Settings& settings, const FillStore& fills,
+                CliEnvironment& env) {
   if (!plan.save) return code;
   Failure failure;
-  if (!SaveConfig(plan, settings, env.platform, &failure)) {
+  if (!SaveConfig(plan, settings, env.platform, &failure) || !SaveFills(fills, &failure)) {
     Report(env, failure);
     return kExitFailure;
   }
@@ -114,17 +117,19 @@ void ListEffects(CliEnvironment& env) {
   }
 }
 
-void ListSettings(const StyleEntry& style, int index, const Settings& settings, CliEnvironment& env) {
+void ListSettings(const StyleEntry& style, int index, const Settings& settings, const FillStore& fills,
+                  CliEnvironment& env) {
   char number[8];
   std::snprintf(number, sizeof number, "%03d", style.number);
   env.out << style.name << " (effect " << index << ", keys Style" << number << "KEY"
           << (style.init ? "" : "; not available yet") << ")\n";
   env.out << Column("KEY", 16) << Column("KIND", 9) << Column("RANGE", 12) << Column("DEFAULT", 9)
           << "VALUE\n";
+  SettingsReader reader(settings, style, &fills);
   for (const StyleSetting& s : ListStyleSettings(settings, style)) {
     const PageControl& c = *s.control;
     const ControlKindRules& rules = KindRules(c);
-    std::string value = rules.format(c, s.value);
+    std::string value = rules.holds_fill ? FillText(reader.Fill(c.id)) : rules.format(c, s.value);
     if (s.has_range && s.stored != s.value) value += " (stored " + std::to_string(s.stored) + ")";
     env.out << Column(c.key, 16) << Column(rules.listing_name, 9) << Column(RangeText(c), 12)
             << Column(rules.format(c, s.initial), 9) << value << '\n';
@@ -218,10 +223,12 @@ int RunList(const CliArgs& args, CliEnvironment& env) {
   int index = FindEffect(args.operands[0], env.styles);
   if (index < 0) return Report(env, kExitUsage, "unknown effect '" + args.operands[0] + "' (see 'tessarine list')");
   Settings settings;
+  FillStore fills;
   Failure failure;
-  if (!LoadConfig(PlanConfig(args, env.platform), settings, env.platform, &failure))
-    return Report(env, failure);
-  ListSettings(env.styles[static_cast<size_t>(index)], index, settings, env);
+  ConfigPlan plan = PlanConfig(args, env.platform);
+  if (!LoadConfig(plan, settings, env.platform, &failure)) return Report(env, failure);
+  LoadFills(plan, settings, fills, env.platform, env.styles);
+  ListSettings(env.styles[static_cast<size_t>(index)], index, settings, fills, env);
   return kExitOk;
 }
 
@@ -230,19 +237,20 @@ int RunBuildCommand(const CliArgs& args, CliEnvironment& env) {
   auto settings = std::make_unique<Settings>();
   SessionChoices session;
   Failure failure;
-  if (!PrepareSettings(args, env, plan, *settings, &session, &failure)) return Report(env, failure);
+  FillStore fills;
+  if (!PrepareSettings(args, env, plan, *settings, fills, &session, &failure)) return Report(env, failure);
   int index = SelectedEffect(*settings, env.styles);
   if (index < 0) return Report(env, kExitFailure, "there are no effects");
   const StyleEntry& style = env.styles[static_cast<size_t>(index)];
   if (!style.init) {
     int code = Report(env, kExitFailure, "effect '" + std::string(style.name) +
                                              "' is not available yet (see 'tessarine list')");
-    return SaveIfAsked(code, plan, *settings, env);
+    return SaveIfAsked(code, plan, *settings, fills, env);
   }
 
   ProgressBar bar(env.err, env.err_is_terminal && !args.quiet);
   CliReporter reporter(env.err, &bar);
-  CliDialogReader dialog(*settings, &style, session);
+  CliDialogReader dialog(*settings, &style, session, &fills);
   BuildMode mode = ModeOf(args.command);
   int code = kExitFailure;
   if (mode == BuildMode::kPreview) {
@@ -260,7 +268,7 @@ int RunBuildCommand(const CliArgs& args, CliEnvironment& env) {
       if (code == kExitOk && mode == BuildMode::kTest) env.out << path << '\n';
     }
   }
-  return SaveIfAsked(code, plan, *settings, env);
+  return SaveIfAsked(code, plan, *settings, fills, env);
 }
 
 // ---------------------------------------------------------------- encode
@@ -336,7 +344,8 @@ int RunEncode(const CliArgs& args, CliEnvironment& env) {
   SessionChoices session;
   session.no_background = true;
   Failure failure;
-  if (!PrepareSettings(args, env, plan, *settings, &session, &failure)) return Report(env, failure);
+  FillStore fills;
+  if (!PrepareSettings(args, env, plan, *settings, fills, &session, &failure)) return Report(env, failure);
 
   CliDialogReader dialog(*settings, nullptr, session);
   FrameList frames;
@@ -350,7 +359,7 @@ int RunEncode(const CliArgs& args, CliEnvironment& env) {
                        OptionsFrom(*settings)};
   bool built = RunOutputBuild(context, BuildMode::kOk, std::move(frames));
   bar.Clear();
-  return SaveIfAsked(Finish(built, host, env), plan, *settings, env);
+  return SaveIfAsked(Finish(built, host, env), plan, *settings, fills, env);
 }
 
 }  // namespace tess::cli

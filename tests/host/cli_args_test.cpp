@@ -58,7 +58,7 @@ TEST(CliArgs, RefusesWhatTheCommandDoesNotTake) {
       {{"render", "--effect"}, "'--effect' needs a value"},
       {{"list", "Bubbles", "Snow"}, "unexpected argument 'Snow'"},
       {{"encode", "-o", "x.gif"}, "missing operand"},
-      {{"help", "paint"}, "unknown command 'paint'"},
+      {{"help", "paint"}, "unknown command or topic 'paint'"},
       {{"--verbose", "list"}, "unknown option '--verbose'"},
       {{}, "no command given"},
   };

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <sstream>
 #include <string>
@@ -171,6 +172,66 @@ TEST_F(CliTest, SaveWritesTheSettingsAndWithoutItTheFileIsUntouched) {
   ASSERT_EQ(Run({"render", "-s", "Frames=5", "-d", "2", "-o", out}).code, 0);
   EXPECT_EQ(ReadBytes(ConfigPath()), saved);
   EXPECT_EQ(Decode(out).frames.size(), 5u);
+}
+
+// A fill set as text renders, lists as the same text, and that text set
+// again renders the same bytes; --save keeps it in its pattern file, where
+// the next run finds it.
+TEST_F(CliTest, FillsTravelAsTextAndInTheirPatternFiles) {
+  const std::string gradient = "gradient:linear:#000000:#FFFFFF:rot=30";
+  Words first = Tiles("render", 2, {"-s", "FillColor1=" + gradient, "-o", dir / "a.gif", "--save"});
+  first.erase(first.begin() + 1);  // keep the configuration, so --save writes it
+  ASSERT_EQ(Run(first).code, kExitOk);
+  Result listed = Run({"list", "Tiles"});
+  size_t at = listed.out.find("FillColor1");
+  ASSERT_NE(at, std::string::npos);
+  std::string line = listed.out.substr(at, listed.out.find('\n', at) - at);
+  std::string value = line.substr(line.rfind(' ') + 1);
+  EXPECT_EQ(value, gradient);
+  ASSERT_EQ(Run(Tiles("render", 2, {"-s", "FillColor1=" + value, "-o", dir / "b.gif"})).code, kExitOk);
+  EXPECT_EQ(ReadBytes(dir / "a.gif"), ReadBytes(dir / "b.gif"));
+  std::vector<uint8_t> pattern = ReadBytes(FillFilePath(platform, testing::TilesId(11)));
+  ASSERT_EQ(pattern.size(), 854u);
+  EXPECT_EQ(pattern[277], 1);  // kind Gradient
+  // The pattern file holds the fill; the setting carries its kind on top.
+  EXPECT_NE(testing::ReadText(ConfigPath()).find("Style000FillColor1 = 32170971\n"), std::string::npos);
+  Result bad = Run(Tiles("render", 2, {"-s", "FillColor1=gradient:spiral:#000000:#FFFFFF"}));
+  EXPECT_EQ(bad.code, kExitUsage);
+  EXPECT_NE(bad.err.find("help fills"), std::string::npos);
+}
+
+// A hand-made conical pattern file paints as the sweep's formula says: the
+// start colour left of the centre, the end colour right of it, halfway
+// straight above; a foreign file is refused with its reason.
+TEST_F(CliTest, SwatchPaintsAPatternFileOrATextForm) {
+  std::vector<uint8_t> flp(854, 0);
+  std::memcpy(flp.data(), "BRNDFILB", 8);
+  flp[277] = 1;                                  // kind Gradient
+  flp[289] = 0xFF;                               // start: red
+  flp[293 + 2] = 0xFF;                           // end: blue
+  flp[297] = 3;                                  // conical, rotation and centre 0
+  WriteBytes(dir / "cone.flp", flp);
+  ASSERT_EQ(Run({"swatch", dir / "cone.flp", "--size", "100x100", "-o", dir / "cone.ppm"}).code, kExitOk);
+  std::vector<uint8_t> ppm = ReadBytes(dir / "cone.ppm");
+  const std::string header = "P6\n100 100\n255\n";
+  ASSERT_EQ(ppm.size(), header.size() + 3 * 100 * 100);
+  auto rgb = [&](int x, int y) {
+    size_t at = header.size() + 3 * static_cast<size_t>(100 * y + x);
+    return std::vector<int>{ppm[at], ppm[at + 1], ppm[at + 2]};
+  };
+  EXPECT_EQ(rgb(0, 50), (std::vector<int>{255, 0, 0}));
+  EXPECT_EQ(rgb(99, 50), (std::vector<int>{0, 0, 255}));
+  EXPECT_EQ(rgb(50, 0), (std::vector<int>{127, 0, 127}));  // a = 90: t = 128/256
+
+  ASSERT_EQ(Run({"swatch", "gradient:radial:#000000:#FFFFFF", "--size", "33x17", "-o", dir / "r.gif"}).code,
+            kExitOk);
+  EXPECT_EQ(Decode(dir / "r.gif").frames.size(), 1u);
+  flp.resize(600);
+  WriteBytes(dir / "short.flp", flp);
+  Result foreign = Run({"swatch", dir / "short.flp", "-o", dir / "x.ppm"});
+  EXPECT_EQ(foreign.code, kExitFailure);
+  EXPECT_NE(foreign.err.find("not a fill pattern file"), std::string::npos);
+  EXPECT_FALSE(std::filesystem::exists(dir / "x.ppm"));
 }
 
 TEST_F(CliTest, ExplicitConfigFileIsReadAndMustExistUnlessSaved) {

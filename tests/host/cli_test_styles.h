@@ -9,6 +9,7 @@
 #include <memory>
 #include <vector>
 
+#include "fills/fill_render.h"
 #include "styles/page_layout.h"
 #include "styles/style.h"
 
@@ -24,10 +25,12 @@ inline constexpr std::array kTilesPage = {
     page::Spin(TilesId(page::kSeedControl), page::kLeft, 3, "Seed:", "Seed", {100, 32760, 1000}),
     page::Background(kTilesNumber, page::kRight, 0),
     page::Check(TilesId(page::kFirstOwnControl), page::kLeft, 4, "Smooth", "Smooth"),
+    page::FillButton(TilesId(page::ColourControl(1)), page::kRight, 1, "Color 1:", "FillColor1"),
 };
 
 // Frame k: the background everywhere and a 4 x 4 block three pixels further
-// right each frame, its colour changing with k and with the seed.
+// right each frame, its colour changing with k and with the seed; the top
+// row shows the "Color 1" fill as the tile-sized image the fill renders.
 class TilesRecord final : public StyleRecord {
  public:
   explicit TilesRecord(const ParamReader& r)
@@ -35,7 +38,8 @@ class TilesRecord final : public StyleRecord {
         m_width(r.Spin(TilesId(page::kWidthControl))),
         m_height(r.Spin(TilesId(page::kDepthControl))),
         m_seed(r.Spin(TilesId(page::kSeedControl))),
-        m_background(r.ColourValue(TilesId(page::kBackgroundControl))) {}
+        m_background(r.ColourValue(TilesId(page::kBackgroundControl))),
+        m_fill(RenderFill(r.Fill(TilesId(page::ColourControl(1))), m_width, m_height)) {}
 
   int FrameCount() const override { return m_frames; }
 
@@ -47,12 +51,14 @@ class TilesRecord final : public StyleRecord {
     Colour block = MakeColour(40 * k + 20, m_seed & 0xFF, 200);
     for (int y = 5; y < 9; ++y)
       for (int x = 0; x < 4; ++x) ImageSetPixel(image, (3 * k + x) % m_width, y % m_height, block);
+    for (int x = 0; m_fill && x < m_width; ++x) ImageSetPixel(image, x, 0, ImageGetPixel(m_fill, x, 0));
     return image;
   }
 
  private:
   int m_frames, m_width, m_height, m_seed;
   Colour m_background;
+  ImageBlock m_fill;
 };
 
 class BrokenRecord final : public StyleRecord {
