@@ -123,6 +123,10 @@ struct StyleEntry {
   // flag is non-zero or the style has no single background colour. Null for
   // styles without a background query.
   Colour (*background)(const ParamReader& reader, int flag);
+  // For a page without a "Frames:" setting: how the frame count follows from
+  // the page's other settings, in words the command line's listing shows
+  // beside the count itself.
+  const char* frames_rule = nullptr;
 };
 
 // The twenty effects in list order (the index stored in MainEffect).

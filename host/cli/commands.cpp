@@ -126,6 +126,13 @@ void ListSettings(const StyleEntry& style, int index, const Settings& settings, 
   env.out << Column("KEY", 16) << Column("KIND", 9) << Column("RANGE", 12) << Column("DEFAULT", 9)
           << "VALUE\n";
   SettingsReader reader(settings, style, &fills);
+  if (style.frames_rule && style.init) {
+    Random random;
+    std::unique_ptr<StyleRecord> record = style.init(reader, random);
+    env.out << Column("(frames)", 16) << Column("derived", 9) << Column("-", 12) << Column("-", 9)
+            << (record ? std::to_string(record->FrameCount()) : std::string("?")) << "  ("
+            << style.frames_rule << ")\n";
+  }
   for (const StyleSetting& s : ListStyleSettings(settings, style)) {
     const PageControl& c = *s.control;
     const ControlKindRules& rules = KindRules(c);
