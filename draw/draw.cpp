@@ -97,6 +97,23 @@ void MaskRun(uint8_t* t, int t_step, const uint8_t* m, int m_step, int32_t count
   }
 }
 
+// MaskRun with the ink read from a source run beside the mask. The ink
+// changes per pixel, so its term cannot come from a table.
+void MaskImageRun(uint8_t* t, int t_step, const uint8_t* m, int m_step, const uint8_t* s,
+                  int s_step, int32_t count, const uint8_t (&cover)[256]) {
+  for (int32_t i = 0; i < count; ++i, t += t_step, m += m_step, s += s_step) {
+    unsigned a = cover[m[0]];
+    if (a == 0) continue;
+    if (a == 255) {
+      t[0] = s[0], t[1] = s[1], t[2] = s[2];
+      continue;
+    }
+    t[0] = Mix(s[0], t[0], a);
+    t[1] = Mix(s[1], t[1], a);
+    t[2] = Mix(s[2], t[2], a);
+  }
+}
+
 void AlphaRun(uint8_t* t, int t_step, const uint8_t* s, int32_t count) {
   for (int32_t i = 0; i < count; ++i, t += t_step, s += 4) {
     unsigned a = s[3];
@@ -480,6 +497,45 @@ void MaskBlendWrap(ImageBlock& target, const ImageBlock& mask, int32_t x, int32_
     const uint8_t* m_row = mask.Row(sy);
     ForEachWrappedRun(x, mask.width(), target.width(), [&](int32_t tx, int32_t sx, int32_t n) {
       MaskRun(t_row + size_t(t_step) * tx, t_step, m_row + size_t(m_step) * sx, m_step, n, ink);
+    });
+  }
+}
+
+void MaskBlendImageWrap(ImageBlock& target, const ImageBlock& mask, int32_t x, int32_t y,
+                        const ImageBlock& source, int32_t source_x, int32_t source_y,
+                        int opacity) {
+  if (!target || !mask || !source) return;
+  unsigned op = static_cast<unsigned>(std::clamp(opacity, 0, 255));
+  auto coverage = [op](unsigned a) { return op == 255 ? a : a * op / 255; };
+  if (!IsTrueColour(target) || !IsTrueColour(mask) || !IsTrueColour(source)) {
+    for (int32_t sy = 0; sy < mask.height(); ++sy) {
+      int32_t ty = WrapIndex(int64_t{y} + sy, target.height());
+      int32_t py = WrapIndex(int64_t{source_y} + sy, source.height());
+      for (int32_t sx = 0; sx < mask.width(); ++sx) {
+        int32_t tx = WrapIndex(int64_t{x} + sx, target.width());
+        Colour ink = ImageGetPixel(source, WrapIndex(int64_t{source_x} + sx, source.width()), py);
+        unsigned a = coverage(ColourBlue(ImageGetPixel(mask, sx, sy)));
+        ImageSetPixel(target, tx, ty, MixColour(ink, ImageGetPixel(target, tx, ty), a));
+      }
+    }
+    return;
+  }
+  uint8_t cover[256];
+  for (unsigned a = 0; a < 256; ++a) cover[a] = static_cast<uint8_t>(coverage(a));
+  int t_step = BytesPerPixel(target), m_step = BytesPerPixel(mask), s_step = BytesPerPixel(source);
+  for (int32_t sy = 0; sy < mask.height(); ++sy) {
+    uint8_t* t_row = target.Row(WrapIndex(int64_t{y} + sy, target.height()));
+    const uint8_t* m_row = mask.Row(sy);
+    const uint8_t* s_row = source.Row(WrapIndex(int64_t{source_y} + sy, source.height()));
+    // Each piece contiguous in the target is split again where the source
+    // wraps, so both pointers just step along every innermost run.
+    ForEachWrappedRun(x, mask.width(), target.width(), [&](int32_t tx, int32_t sx, int32_t n) {
+      ForEachWrappedRun(int64_t{source_x} + sx, n, source.width(),
+                        [&](int32_t px, int32_t offset, int32_t count) {
+                          MaskImageRun(t_row + size_t(t_step) * (tx + offset), t_step,
+                                       m_row + size_t(m_step) * (sx + offset), m_step,
+                                       s_row + size_t(s_step) * px, s_step, count, cover);
+                        });
     });
   }
 }

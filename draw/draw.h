@@ -34,6 +34,16 @@ ImageBlock SolidImage(const Rect& rect, Colour colour);
 void MaskBlendWrap(ImageBlock& target, const ImageBlock& mask, int32_t x, int32_t y, Colour colour,
                    int opacity);
 
+// MaskBlendWrap with a picture for ink: mask pixel (sx, sy) takes the colour
+// of source pixel (wrap(source_x + sx), wrap(source_y + sy)), so the source
+// repeats in both directions. A source the target's size placed at (x, y)
+// paints each target pixel with the source pixel at the same place; a source
+// placed at (0, 0) travels with the mask. Same coverage, opacity and
+// arithmetic as MaskBlendWrap, c being the source pixel.
+void MaskBlendImageWrap(ImageBlock& target, const ImageBlock& mask, int32_t x, int32_t y,
+                        const ImageBlock& source, int32_t source_x, int32_t source_y,
+                        int opacity);
+
 // Places a 32-bit sprite whose top byte is coverage, wrapping like
 // MaskBlendWrap: s * a / 255 + d * (255 - a) / 255 per channel.
 void AlphaBlitWrap(ImageBlock& target, const ImageBlock& sprite, int32_t x, int32_t y);

@@ -3,6 +3,15 @@
 // rises a whole number of tile heights and sways one full sine period, and all
 // drawing wraps around the tile, so the animation loops and tiles seamlessly.
 //
+// A colour slot holding a gradient, texture or tile paints its bubbles with
+// that picture through the same masks and blend. Each bubble carries the
+// whole picture: the fill is rendered once per record at each layer's size,
+// and a bubble narrower than its layer shows the middle of it. A ring
+// gradient then reads as a lit bubble and a linear one as a sphere lit from
+// one side; laid over the whole tile instead, the fill only tinted each
+// bubble by where it happened to be. The picture travels with its bubble, so
+// it loops and wraps exactly as the masks do, whatever the fill's edges.
+//
 // Sections: page · sprite · initialisation · frames · entry.
 #include "styles/bubbles.h"
 
@@ -13,6 +22,7 @@
 
 #include "draw/canvas.h"
 #include "draw/draw.h"
+#include "fills/fill_render.h"
 #include "styles/effects.h"
 #include "styles/page_layout.h"
 
@@ -55,12 +65,14 @@ struct Layer {
   int32_t brightness;  // b
 };
 
-// The cache slot of mask (d, b), adding it when new. Layers never share a
-// brightness and a layer has at most S / 9 diameters, so the list stays short.
-int32_t SpriteSlot(std::vector<std::pair<int32_t, int32_t>>& keys, int32_t d, int32_t b) {
+// The cache slot of key (a, b), adding it when new: sprites by (d, b) and
+// fill images by (colour slot, layer size). Layers never share a brightness,
+// a layer has at most S / 9 diameters and there are 5 slots and 3 layers, so
+// both lists stay short.
+int32_t CacheSlot(std::vector<std::pair<int32_t, int32_t>>& keys, int32_t a, int32_t b) {
   for (size_t i = 0; i < keys.size(); ++i)
-    if (keys[i] == std::pair{d, b}) return static_cast<int32_t>(i);
-  keys.emplace_back(d, b);
+    if (keys[i] == std::pair{a, b}) return static_cast<int32_t>(i);
+  keys.emplace_back(a, b);
   return static_cast<int32_t>(keys.size() - 1);
 }
 
@@ -109,7 +121,7 @@ std::unique_ptr<BubblesRecord> BubblesRecord::Create(const ParamReader& reader, 
 }
 
 bool BubblesRecord::FillElements(const ParamReader& reader, Random& random) {
-  const std::vector<Colour> colours = CollectColours(reader, kColourIds, kEnableIds);
+  const std::vector<FillDescriptor> fills = CollectFills(reader, kColourIds, kEnableIds);
   const int32_t density = reader.Spin(Id(kDensityControl));
   const int32_t opacity = reader.Spin(Id(kOpacityControl));
   const bool inverse = reader.Checked(Id(kInverseControl));
@@ -135,8 +147,9 @@ bool BubblesRecord::FillElements(const ParamReader& reader, Random& random) {
   if (!m_bubbles) return false;
 
   // One pick for all layers: its previous-pick memory runs across them.
-  ColourPick pick(colours);
+  ColourPick pick(static_cast<int>(fills.size()));
   std::vector<std::pair<int32_t, int32_t>> sprite_keys;
+  std::vector<std::pair<int32_t, int32_t>> fill_keys;  // (colour slot, S)
   Bubble* e = m_bubbles.get();
   for (const Layer& layer : layers) {
     const int32_t s = layer.size;
@@ -152,11 +165,28 @@ bool BubblesRecord::FillElements(const ParamReader& reader, Random& random) {
       e->angle = random.Next() % 360;
       e->opacity = opacity;
       e->inverse = inverse;
-      e->colour = pick.Pick(random);
-      e->sprite = SpriteSlot(sprite_keys, e->d, e->b);
+      const int slot = pick.Pick(random);
+      e->colour = fills[static_cast<size_t>(slot)].colour;
+      e->fill = fills[static_cast<size_t>(slot)].kind == kFillSimple
+                    ? -1
+                    : CacheSlot(fill_keys, slot, s);
+      e->sprite = CacheSlot(sprite_keys, e->d, e->b);
     }
   }
   m_sprites.resize(sprite_keys.size());
+  return RenderFills(fills, fill_keys);
+}
+
+// Once per record, so no frame renders a fill: each slot's fill at each layer
+// size that uses it, at working size, so one fill pixel is one canvas pixel.
+bool BubblesRecord::RenderFills(const std::vector<FillDescriptor>& fills,
+                                const std::vector<std::pair<int32_t, int32_t>>& keys) {
+  m_fill_images.resize(keys.size());
+  for (size_t i = 0; i < keys.size(); ++i) {
+    const FillDescriptor& fill = fills[static_cast<size_t>(keys[i].first)];
+    m_fill_images[i] = RenderFill(fill, keys[i].second, keys[i].second);
+    if (!m_fill_images[i]) return false;
+  }
   return true;
 }
 
@@ -189,8 +219,15 @@ ImageBlock BubblesRecord::RenderFrame(int k) {
     const int32_t rise = lift * e.v;
     const ImageBlock* sprite = SpriteFor(e, scratch);
     if (!sprite) return {};
-    const int32_t cx = e.x0 + sway, cy = e.y0 - rise;
-    MaskBlendWrap(canvas.image(), *sprite, cx - e.d / 2, cy - e.d / 2, e.colour, e.opacity);
+    const int32_t left = e.x0 + sway - e.d / 2, top = e.y0 - rise - e.d / 2;
+    if (e.fill < 0) {
+      MaskBlendWrap(canvas.image(), *sprite, left, top, e.colour, e.opacity);
+    } else {
+      // A bubble narrower than its layer shows the middle of the layer's fill.
+      const ImageBlock& fill = m_fill_images[static_cast<size_t>(e.fill)];
+      const int32_t inset = (fill.width() - e.d) / 2;
+      MaskBlendImageWrap(canvas.image(), *sprite, left, top, fill, inset, inset, e.opacity);
+    }
     e.angle += m_angle_step;
   }
   ImageBlock working = canvas.Release();

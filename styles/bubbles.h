@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "base/alloc.h"
@@ -24,7 +25,8 @@ struct Bubble {
   int32_t opacity;  // 1..255
   bool inverse;
   double angle;     // sway phase in degrees, advanced once per rendered frame
-  Colour colour;
+  Colour colour;    // the ink when `fill` is -1
+  int32_t fill;     // slot of its fill image in the record, or -1: a Simple fill
   int32_t sprite;   // slot of its (d, b) mask in the record's sprite cache
 };
 
@@ -56,6 +58,8 @@ class BubblesRecord final : public StyleRecord {
  private:
   BubblesRecord() = default;
   bool FillElements(const ParamReader& reader, Random& random);
+  bool RenderFills(const std::vector<FillDescriptor>& fills,
+                   const std::vector<std::pair<int32_t, int32_t>>& keys);
   const ImageBlock* SpriteFor(const Bubble& bubble, ImageBlock& scratch);
 
   BubblesOptions m_options;
@@ -70,6 +74,7 @@ class BubblesRecord final : public StyleRecord {
   double m_angle_step = 0;     // (1 / N) * 360, see RenderFrame
   Colour m_background = 0;     // each frame's canvas starts filled with it
   std::vector<ImageBlock> m_sprites;  // by Bubble::sprite; null until first used
+  std::vector<ImageBlock> m_fill_images;  // by Bubble::fill
   int m_sprites_drawn = 0;
 };
 

@@ -8,6 +8,13 @@
 // pixels those runs touch with the same two-step truncating average, and
 // blends only those. The test keeps the whole-canvas method as its oracle.
 //
+// A colour slot holding a gradient, texture or tile gives its beams their
+// ink pixel by pixel from that fill laid over the whole tile, rendered once
+// per record. A beam is a line that runs on into the neighbouring tiles and
+// has no box of its own to carry a picture, so it changes colour along its
+// length as it crosses the fill. RenderSeamlessFill folds the fill where its
+// edges do not meet, so a beam crosses the tile's edge without a colour step.
+//
 // Sections: page · diagonal foot · initialisation · beam masks · entry.
 #include "styles/phasers.h"
 
@@ -145,12 +152,14 @@ PhasersBeam BeamGeometry(BeamKind kind, Random& random, int32_t w, int32_t h) {
 // Random numbers are drawn per beam in a fixed order (kind, Y, X,
 // colour, frame): the order is what makes a seed give its picture.
 void DrawBeams(PhasersBeam* out, int32_t count, const std::vector<BeamKind>& kinds,
-               const std::vector<Colour>& colours, const PageValues& s, Random& random) {
+               const std::vector<FillDescriptor>& fills, const PageValues& s, Random& random) {
   for (int32_t i = 0; i < count; ++i) {
     BeamKind kind = kinds[static_cast<size_t>(random.Below(static_cast<int32_t>(kinds.size())))];
     PhasersBeam beam = BeamGeometry(kind, random, s.width, s.height);
     beam.brightness = 255;
-    beam.colour = colours[static_cast<size_t>(random.Below(static_cast<int32_t>(colours.size())))];
+    const auto slot = static_cast<size_t>(random.Below(static_cast<int32_t>(fills.size())));
+    beam.colour = fills[slot].colour;
+    beam.fill = fills[slot].kind == kFillSimple ? -1 : static_cast<int8_t>(slot);
     beam.frame = random.Below(s.frames);
     beam.thickness = s.power;
     *out++ = beam;
@@ -188,11 +197,19 @@ std::unique_ptr<PhasersRecord> PhasersRecord::Init(const ParamReader& reader, Ra
   std::unique_ptr<PhasersRecord> record;
   try {
     record.reset(new PhasersRecord);
-    std::vector<Colour> colours = CollectColours(reader, kColourIds, kEnableIds);
+    std::vector<FillDescriptor> fills = CollectFills(reader, kColourIds, kEnableIds);
     record->m_beam_count = 4 * static_cast<size_t>(s.density);
     record->m_beams = AllocBuffer<PhasersBeam>(record->m_beam_count);
     if (!record->m_beams) return nullptr;
-    DrawBeams(record->m_beams.get(), s.density, EnabledKinds(reader), colours, s, random);
+    DrawBeams(record->m_beams.get(), s.density, EnabledKinds(reader), fills, s, random);
+    // Beams run across the whole tile and continue in the next one, so their
+    // fills lie over the tile, made seamless; rendered once, here.
+    record->m_fill_images.resize(fills.size());
+    for (size_t i = 0; i < fills.size(); ++i) {
+      if (fills[i].kind == kFillSimple) continue;
+      record->m_fill_images[i] = RenderSeamlessFill(fills[i], s.width, s.height);
+      if (!record->m_fill_images[i]) return nullptr;
+    }
   } catch (const std::bad_alloc&) {
     return nullptr;
   }
@@ -254,18 +271,27 @@ void HalvedMaskValues(uint8_t b, uint8_t (&out)[16]) {
 }
 
 // Blends output columns [first, last) of one tile row through the mask made
-// from two doubled coverage rows. Long because it is the per-pixel loop: the
-// block pattern, the mask value and the three channel mixes stay together.
+// from two doubled coverage rows. The ink is one colour, or with kFromImage
+// the pixel of `ink_row` in the same column. Long because it is the per-pixel
+// loop: the block pattern, the mask value and the three channel mixes stay
+// together.
+template <bool kFromImage>
 void BlendHalvedRow(uint8_t* row, const uint8_t* upper, const uint8_t* lower, int32_t first,
-                    int32_t last, const uint8_t (&mask_of)[16], Colour colour) {
-  const uint32_t c[3] = {ColourBlue(colour), ColourGreen(colour), ColourRed(colour)};
+                    int32_t last, const uint8_t (&mask_of)[16], Colour colour,
+                    const uint8_t* ink_row) {
+  const uint32_t flat[3] = {ColourBlue(colour), ColourGreen(colour), ColourRed(colour)};
   for (int32_t j = first; j < last; ++j) {
     const size_t x = 2 * static_cast<size_t>(j);
     int pattern = upper[x] | upper[x + 1] << 1 | lower[x] << 2 | lower[x + 1] << 3;
     uint32_t m = mask_of[pattern];
     if (m == 0) continue;  // d * 255 / 255 + 0: unchanged
     uint8_t* d = row + 3 * static_cast<size_t>(j);
-    for (int ch = 0; ch < 3; ++ch) d[ch] = static_cast<uint8_t>(d[ch] * (255 - m) / 255 + c[ch] * m / 255);
+    if constexpr (kFromImage) {
+      const uint8_t* c = ink_row + 3 * static_cast<size_t>(j);
+      for (int ch = 0; ch < 3; ++ch) d[ch] = static_cast<uint8_t>(d[ch] * (255 - m) / 255 + c[ch] * m / 255);
+    } else {
+      for (int ch = 0; ch < 3; ++ch) d[ch] = static_cast<uint8_t>(d[ch] * (255 - m) / 255 + flat[ch] * m / 255);
+    }
   }
 }
 
@@ -310,6 +336,7 @@ void PhasersRecord::DrawBeam(ImageBlock& frame, const PhasersBeam& beam) {
 
   uint8_t mask_of[16];
   HalvedMaskValues(beam.brightness, mask_of);
+  const ImageBlock* ink = FillImage(beam);
   const RowExtent kEmpty{w2, 0};
   for (int32_t i = sink.top() / 2; i <= (sink.bottom() - 1) / 2; ++i) {
     RowExtent& a = m_extents[2 * i];
@@ -318,7 +345,12 @@ void PhasersRecord::DrawBeam(ImageBlock& frame, const PhasersBeam& beam) {
     if (begin < end) {
       uint8_t* upper = m_coverage.get() + static_cast<size_t>(2 * i) * static_cast<size_t>(w2);
       uint8_t* lower = upper + w2;
-      BlendHalvedRow(frame.Row(i), upper, lower, begin / 2, (end + 1) / 2, mask_of, beam.colour);
+      if (ink)
+        BlendHalvedRow<true>(frame.Row(i), upper, lower, begin / 2, (end + 1) / 2, mask_of,
+                             beam.colour, ink->Row(i));
+      else
+        BlendHalvedRow<false>(frame.Row(i), upper, lower, begin / 2, (end + 1) / 2, mask_of,
+                              beam.colour, nullptr);
       // Leave the work area zero for the next beam.
       std::memset(upper + begin, 0, static_cast<size_t>(end - begin));
       std::memset(lower + begin, 0, static_cast<size_t>(end - begin));

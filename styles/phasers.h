@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <vector>
 
 #include "base/alloc.h"
 #include "image/image.h"
@@ -37,7 +38,8 @@ struct PhasersBeam {
   bool has_second = false;
   BeamKind kind = BeamKind::kEastToSouth;
   uint8_t brightness = 0;  // 255 on the flash, then 192, 128, 64
-  Colour colour = 0;
+  Colour colour = 0;  // the ink when `fill` is -1
+  int8_t fill = -1;   // the colour slot whose fill image is the ink, or -1: Simple
   int32_t frame = 0;
   int32_t thickness = 0;  // Power; the mask's pen is twice as wide
 };
@@ -61,6 +63,11 @@ class PhasersRecord final : public StyleRecord {
   Colour background() const { return m_background; }
   // Every entry in drawing order: a beam's flash followed by its three fades.
   std::span<const PhasersBeam> beams() const { return {m_beams.get(), m_beam_count}; }
+  // The W x H image a beam takes its ink from, pixel for pixel; null when
+  // the beam's ink is its flat colour.
+  const ImageBlock* FillImage(const PhasersBeam& beam) const {
+    return beam.fill < 0 ? nullptr : &m_fill_images[static_cast<size_t>(beam.fill)];
+  }
 
  private:
   // Pixel runs of one beam's mask at double size, marked in a work area that
@@ -83,6 +90,7 @@ class PhasersRecord final : public StyleRecord {
   size_t m_beam_count = 0;
   Buffer<uint8_t> m_coverage;  // 2W x 2H, 1 where the pen covers
   Buffer<RowExtent> m_extents;  // per doubled row; empty when begin >= end
+  std::vector<ImageBlock> m_fill_images;  // by colour slot; null for Simple fills
 };
 
 }  // namespace tess

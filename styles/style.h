@@ -77,21 +77,31 @@ class Random {
 
 // Picks element colours so that neighbours rarely share one: up to 16 draws
 // for an index different from the previous pick. With fewer than two colours
-// it draws nothing.
+// it draws nothing. It picks a place in the style's list of "Color N" slots,
+// so the same draws serve a flat colour and a fill alike.
 class ColourPick {
  public:
-  explicit ColourPick(std::vector<Colour> colours) : m_colours(std::move(colours)) {}
-  Colour Pick(Random& random);
-  const std::vector<Colour>& colours() const { return m_colours; }
+  explicit ColourPick(int count) : m_count(count) {}
+  // An index below the count (0 when the count is below 2).
+  int Pick(Random& random);
 
  private:
-  std::vector<Colour> m_colours;
+  int m_count;
   int m_previous = 0;
 };
 
-// Colour 1 always, then colours 2..5 each when its Enable box is checked.
-std::vector<Colour> CollectColours(const ParamReader& reader, const int (&colour_ids)[5],
-                                   const int (&enable_ids)[4]);
+// The fills of Color 1 always, then of colours 2..5 each when its Enable box
+// is checked: the list the colour pick indexes. Each fill's Simple colour is
+// the slot's colour value.
+std::vector<FillDescriptor> CollectFills(const ParamReader& reader, const int (&colour_ids)[5],
+                                         const int (&enable_ids)[4]);
+
+// A fill as a style lays it over the whole tile, pixel (x, y) of the canvas
+// taking pixel (x, y) of the image: RenderFill at width x height, then every
+// axis on which the picture's opposite edges do not meet is folded into a
+// there-and-back sweep, so the image repeats without a seam. Null when
+// memory is short. See style.cpp for the fold.
+ImageBlock RenderSeamlessFill(const FillDescriptor& fill, int32_t width, int32_t height);
 
 // ---------------------------------------------------------------- style entries
 

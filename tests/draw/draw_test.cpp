@@ -80,6 +80,35 @@ TEST(MaskBlend, MatchesReferenceAtAnyPositionSizeAndDepth) {
           }
 }
 
+// Sources the target's size placed where the mask goes (each pixel takes its
+// own place's ink), the mask's size at the origin (the ink travels with it),
+// and an odd size at odd offsets, so the source wraps inside mask rows and
+// across target edges at different columns.
+TEST(MaskBlendImage, MatchesReferenceForEveryPlacementOfTheSource) {
+  for (int target_bits : {24, 32, 8})
+    for (int source_bits : {24, 32})
+      for (auto [mw, mh] : {std::pair{13, 9}, {80, 51}})
+        for (auto [x, y] : kPositions)
+          for (int placement = 0; placement < 3; ++placement)
+            for (int opacity : {255, 130, 0}) {
+              ImageBlock fast = Picture(37, 23, target_bits, 11), ref = Picture(37, 23, target_bits, 11);
+              ImageBlock mask = Picture(mw, mh, 24, 12);
+              const int sw[3] = {37, mw, 11}, sh[3] = {23, mh, 7};
+              ImageBlock source = Picture(sw[placement], sh[placement], source_bits, 13);
+              const int px[3] = {x, 0, -5 - x}, py[3] = {y, 0, 3 + y / 2};
+              MaskBlendImageWrap(fast, mask, x, y, source, px[placement], py[placement], opacity);
+              RefBlend(ref, mw, mh, x, y, [&](int sx, int sy) {
+                uint32_t a = Channel(ImageGetPixel(mask, sx, sy), 16);
+                Colour ink = ImageGetPixel(source, RefWrap(int64_t{px[placement]} + sx, source.width()),
+                                           RefWrap(int64_t{py[placement]} + sy, source.height()));
+                return std::pair{ink, opacity == 255 ? a : a * opacity / 255};
+              });
+              ASSERT_EQ(Pixels(fast), Pixels(ref))
+                  << target_bits << "/" << source_bits << " " << mw << "x" << mh << " at " << x
+                  << "," << y << " placement " << placement << " op " << opacity;
+            }
+}
+
 TEST(AlphaBlit, MatchesReference) {
   for (int target_bits : {24, 32})
     for (auto [x, y] : kPositions) {

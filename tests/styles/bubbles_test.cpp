@@ -1,5 +1,6 @@
-// Bubbles: the sprite cache against drawing afresh, the loop in time and in
-// space, the seed, failures, and golden checksums of a few frames.
+// Bubbles: the sprite cache against drawing afresh, fills against flat
+// colours, the loop in time and in space, the seed, failures, and golden
+// checksums of a few frames.
 #include "styles/bubbles.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +14,9 @@
 
 #include "base/alloc.h"
 #include "dialog/settings_reader.h"
+#include "fills/fill_store.h"
 #include "shell/settings.h"
+#include "styles/page_layout.h"
 #include "styles/style_table.h"
 #include "tests/support/golden.h"
 
@@ -22,16 +25,33 @@ namespace {
 
 const StyleEntry& Bubbles() { return *StyleByNumber(0); }
 
-// The configuration's Style000 defaults, with some values changed.
+// The configuration's Style000 defaults, with some values changed and some
+// colour slots painted with fills.
 struct Config {
   Settings settings;
+  FillStore fills;
   Config& Set(std::string_view param, int32_t value) {
     settings.SetStyleNumber(0, param, value);
     return *this;
   }
+  Config& Fill(int slot, const FillDescriptor& fill) {
+    fills.Put(PageControlId(0, page::ColourControl(slot)), fill);
+    return *this;
+  }
   int32_t Get(std::string_view param) const { return settings.StyleNumber(0, param); }
-  SettingsReader Reader() const { return SettingsReader(settings, Bubbles()); }
+  SettingsReader Reader() const { return SettingsReader(settings, Bubbles(), &fills); }
 };
+
+FillDescriptor Gradient(uint32_t type, int32_t rotation, Colour start, Colour end) {
+  FillDescriptor fill;
+  fill.kind = kFillGradient;
+  fill.gradient = {start, end, type, rotation, 0, 0, {}};
+  return fill;
+}
+
+// Light centre, purple rim: what the golden and most tests paint slot 1 with.
+FillDescriptor Radial() { return Gradient(kGradientRadial, 0, 0x00FFF0C0, 0x00A02060); }
+FillDescriptor Linear() { return Gradient(kGradientLinear, 30, 0x0000C0FF, 0x00FF6000); }
 
 // Odd sizes, no supersampling, few frames: quick, and catches stride faults.
 Config Small() {
@@ -64,7 +84,7 @@ bool SameBytes(const ImageBlock& a, const ImageBlock& b) {
 // The cache must change nothing but speed.
 TEST(BubblesFrames, SpriteCacheMatchesDrawingEverySpriteAfresh) {
   std::vector<Config> setups = {Small(), Small()};
-  setups[1].Set("Inverse", 1).Set("FillOpacity", 140).Set("Smooth", 1);
+  setups[1].Set("Inverse", 1).Set("FillOpacity", 140).Set("Smooth", 1).Fill(2, Linear());
   for (const Config& s : setups) {
     int n = s.Get("Frames");
     std::vector<ImageBlock> cached = Render(s, n);
@@ -83,7 +103,9 @@ TEST(BubblesFrames, SpriteCacheMatchesDrawingEverySpriteAfresh) {
 TEST(BubblesFrames, FrameNRepeatsFrameZeroAndTheSeedDecides) {
   Config smooth;
   smooth.Set("Width", 64).Set("Depth", 48).Set("Frames", 24);
-  for (Config s : {Small(), smooth}) {
+  Config filled = Small();
+  filled.Fill(1, Radial()).Fill(3, Linear());
+  for (const Config& s : {Small(), smooth, filled}) {
     int n = s.Get("Frames");
     std::vector<ImageBlock> frames = Render(s, n + 1);
     ASSERT_EQ(frames.size(), static_cast<size_t>(n + 1));
@@ -133,27 +155,57 @@ ImageBlock Crop(const ImageBlock& image, int width, int height) {
   return out;
 }
 
+// With fills too: a linear sweep in every slot would show any seam its
+// unequal ends made.
 TEST(BubblesFrames, TilesWithoutSeams) {
-  Config s;
+  Config s, filled;
   s.Set("Frames", 8).Set("Drift", 60);
-  std::vector<ImageBlock> frames = Render(s, 8);
-  ASSERT_EQ(frames.size(), 8u);
-  for (int k : {0, 3, 7}) {
-    SCOPED_TRACE(k);
-    EXPECT_TRUE(Seamless(frames[static_cast<size_t>(k)], false));
-    EXPECT_TRUE(Seamless(frames[static_cast<size_t>(k)], true));
+  filled.Set("Frames", 8).Set("Drift", 60);
+  for (int slot = 1; slot <= 5; ++slot) filled.Fill(slot, slot % 2 ? Linear() : Radial());
+  for (const Config* c : {&s, &filled}) {
+    std::vector<ImageBlock> frames = Render(*c, 8);
+    ASSERT_EQ(frames.size(), 8u);
+    for (int k : {0, 3, 7}) {
+      SCOPED_TRACE(k);
+      EXPECT_TRUE(Seamless(frames[static_cast<size_t>(k)], false));
+      EXPECT_TRUE(Seamless(frames[static_cast<size_t>(k)], true));
+    }
   }
+  std::vector<ImageBlock> frames = Render(s, 1);
   // The statistic does see a seam: a cropped tile no longer wraps.
   ImageBlock cropped = Crop(frames[0], 128 - 9, 128 - 7);
   EXPECT_FALSE(Seamless(cropped, false));
   EXPECT_FALSE(Seamless(cropped, true));
 }
 
+// A fill whose two ends are one colour paints exactly what that Simple colour
+// paints: the fill's picture goes through the bubble's own mask, place,
+// opacity and blend, at every supersampling and profile.
+TEST(BubblesFrames, AOneColourGradientPaintsLikeThatSimpleColour) {
+  const Colour c = 0x00308FD0;
+  std::vector<Config> simple = {Small(), Small()};
+  simple[1].Set("Inverse", 1).Set("FillOpacity", 140).Set("Smooth", 1);
+  for (Config& s : simple) s.Set("FillColor1", int32_t{c}).Set("FillColor4", int32_t{c});
+  for (const Config& s : simple) {
+    Config filled = s;
+    filled.Fill(1, Gradient(kGradientRadial, 0, c, c)).Fill(4, Gradient(kGradientLinear, 45, c, c));
+    std::vector<ImageBlock> a = Render(s, 3), b = Render(filled, 3);
+    ASSERT_EQ(a.size(), b.size());
+    for (size_t k = 0; k < a.size(); ++k) EXPECT_TRUE(SameBytes(a[k], b[k])) << k;
+  }
+  // And a real gradient does change the picture.
+  Config filled = Small();
+  filled.Fill(1, Radial());
+  EXPECT_FALSE(SameBytes(Render(Small(), 1)[0], Render(filled, 1)[0]));
+}
+
 // Every allocation of a first frame failing in turn: the frame either fails
 // cleanly (ASan checks nothing leaks) or, when only the final reduction
-// failed, is the unreduced working image.
+// failed, is the unreduced working image. Then every allocation of
+// initialisation, fill pictures included.
 TEST(BubblesFrames, AllocationFailuresEndTheFrameOrSkipTheReduction) {
   Config s = Small();
+  s.Fill(1, Radial()).Fill(2, Linear());
   long allocations = 0;
   {
     auto record = Create(s);
@@ -174,10 +226,18 @@ TEST(BubblesFrames, AllocationFailuresEndTheFrameOrSkipTheReduction) {
     }
   }
   EXPECT_GT(unreduced, 0);
-  {  // the elements, the record's only block
+  long init_allocations = 0;
+  {
     Random random;
-    AllocFailureScope scope(0);
-    EXPECT_FALSE(BubblesRecord::Create(s.Reader(), random));
+    AllocFailureScope count(1L << 30);
+    ASSERT_TRUE(BubblesRecord::Create(s.Reader(), random));
+    init_allocations = count.Count();
+  }
+  EXPECT_GE(init_allocations, 2);  // the elements and at least one fill
+  for (long fail_at = 0; fail_at < init_allocations; ++fail_at) {
+    Random random;
+    AllocFailureScope scope(fail_at);
+    EXPECT_FALSE(BubblesRecord::Create(s.Reader(), random)) << fail_at;
   }
 }
 
@@ -190,6 +250,7 @@ TEST(BubblesGolden, FramesMatchTheirChecksums) {
   struct Case {
     const char* name;
     std::vector<std::pair<const char*, int32_t>> changes;
+    std::vector<std::pair<int, FillDescriptor>> fills = {};
   };
   const std::vector<Case> cases = {
       {"defaults", {}},
@@ -203,11 +264,15 @@ TEST(BubblesGolden, FramesMatchTheirChecksums) {
                  {"FillOpacity", 128}, {"Smooth", 0}}},
       {"odd", {{"Width", 37}, {"Depth", 29}, {"Size", 64}, {"Density", 9}, {"Frames", 7},
                {"Drift", 99}, {"Seed", 100}}},
+      {"radial_fill", {{"Frames", 8}}, {{1, Radial()}}},
+      {"linear_fill_inverse", {{"Inverse", 1}, {"Smooth", 0}, {"FillOpacity", 180}, {"Frames", 8}},
+       {{1, Linear()}}},
   };
   testing::GoldenSet golden("bubbles");
   for (const Case& c : cases) {
     Config s;
     for (const auto& [key, value] : c.changes) s.Set(key, value);
+    for (const auto& [slot, fill] : c.fills) s.Fill(slot, fill);
     int n = s.Get("Frames");
     std::vector<ImageBlock> frames = Render(s, n);
     ASSERT_EQ(frames.size(), static_cast<size_t>(n)) << c.name;

@@ -1,5 +1,6 @@
 // Phasers on Stun: the fast renderer against the whole-canvas method, golden
-// checksums, and the properties the beam list and the frames must keep.
+// checksums, and the properties the beam list, the fills and the frames must
+// keep.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -11,10 +12,12 @@
 #include <vector>
 
 #include "dialog/settings_reader.h"
+#include "fills/fill_store.h"
 #include "shell/settings.h"
 #include "draw/canvas.h"
 #include "draw/draw.h"
 #include "styles/effects.h"
+#include "styles/page_layout.h"
 #include "styles/phasers.h"
 #include "tests/support/golden.h"
 #include "tests/support/test_support.h"
@@ -33,6 +36,8 @@ const StyleEntry& Phasers() {
 // Page values as the configuration holds them: the built-in defaults with a
 // few keys changed.
 using Overrides = std::vector<std::pair<const char*, int32_t>>;
+// Colour slots (1..5) painted with a fill rather than their Simple colour.
+using Fills = std::vector<std::pair<int, FillDescriptor>>;
 
 Settings MakeSettings(const Overrides& overrides) {
   Settings settings;
@@ -40,12 +45,32 @@ Settings MakeSettings(const Overrides& overrides) {
   return settings;
 }
 
-std::unique_ptr<PhasersRecord> MakeRecord(const Overrides& overrides) {
+FillStore MakeFills(const Fills& fills) {
+  FillStore store;
+  for (const auto& [slot, fill] : fills) store.Put(PageControlId(kStyle, page::ColourControl(slot)), fill);
+  return store;
+}
+
+std::unique_ptr<PhasersRecord> MakeRecord(const Overrides& overrides, const Fills& fills = {}) {
   Settings settings = MakeSettings(overrides);
-  SettingsReader reader(settings, Phasers());
+  FillStore store = MakeFills(fills);
+  SettingsReader reader(settings, Phasers(), &store);
   Random random;
   return PhasersRecord::Init(reader, random);
 }
+
+FillDescriptor Gradient(uint32_t type, int32_t rotation, Colour start, Colour end,
+                        int32_t centre_x = 0) {
+  FillDescriptor fill;
+  fill.kind = kFillGradient;
+  fill.gradient = {start, end, type, rotation, centre_x, 0, {}};
+  return fill;
+}
+
+// All fold across, the linear ones down as well: their edges do not meet.
+FillDescriptor Linear() { return Gradient(kGradientLinear, 30, 0x0000C0FF, 0x00FF6000); }
+FillDescriptor Steep() { return Gradient(kGradientLinear, 60, 0x0000C0FF, 0x00FF6000); }
+FillDescriptor OffCentreRadial() { return Gradient(kGradientRadial, 0, 0x00FFF0C0, 0x00A02060, 30); }
 
 // Every line kind but `kind` switched off ("" switches them all off).
 Overrides Only(std::string_view kind) {
@@ -87,15 +112,17 @@ ImageBlock ReferenceFrame(const PhasersRecord& record, int k) {
     ImageBlock mask = ReferenceMask(e, w, h);
     EXPECT_EQ(mask.width(), w);
     EXPECT_EQ(mask.height(), h);
+    const ImageBlock* fill = record.FillImage(e);
     for (int y = 0; y < h; ++y) {
       for (int x = 0; x < w; ++x) {
         uint32_t m = ColourBlue(ImageGetPixel(mask, x, y));
         Colour d = ImageGetPixel(frame, x, y);
+        Colour ink = fill ? ImageGetPixel(*fill, x, y) : e.colour;
         auto mix = [&](uint32_t dc, uint32_t cc) { return dc * (255 - m) / 255 + cc * m / 255; };
         ImageSetPixel(frame, x, y,
-                      MakeColour(mix(ColourRed(d), ColourRed(e.colour)),
-                                 mix(ColourGreen(d), ColourGreen(e.colour)),
-                                 mix(ColourBlue(d), ColourBlue(e.colour))));
+                      MakeColour(mix(ColourRed(d), ColourRed(ink)),
+                                 mix(ColourGreen(d), ColourGreen(ink)),
+                                 mix(ColourBlue(d), ColourBlue(ink))));
       }
     }
   }
@@ -111,6 +138,7 @@ struct Case {
   // then needs a third copy beyond a corner of the doubled canvas, which the
   // two segments do not draw, so the corners lose a sliver of beam.
   bool seamless = true;
+  Fills fills = {};
 };
 
 // A smaller animation for the hand-picked cases, to keep the reference fast.
@@ -140,6 +168,12 @@ const std::vector<Case>& Cases() {
       {"tile_16x16", {{"Width", 16}, {"Depth", 16}, {"Density", 32}, {"Frames", 6}}, false},
       {"tile_37x21", {{"Width", 37}, {"Depth", 21}, {"Density", 40}, {"Frames", 5},
                       {"Background", 0x204060}, {"FillEnable3", 0}}},
+      {"linear_fill", kSmall, true, {{1, Linear()}}},
+      // Every beam in the sweep, so a step at the seam would stand out.
+      {"linear_fill_alone", With(kSmall, {{"FillEnable2", 0}, {"FillEnable3", 0}, {"FillEnable4", 0},
+                                          {"FillEnable5", 0}}), true, {{1, Steep()}}},
+      {"fills_37x21", {{"Width", 37}, {"Depth", 21}, {"Density", 40}, {"Frames", 5}}, true,
+       {{1, OffCentreRadial()}, {4, Linear()}}},
   };
   return cases;
 }
@@ -149,7 +183,7 @@ std::vector<int> ProbedFrames(int n) { return n > 2 ? std::vector{0, 1, n - 1} :
 TEST(PhasersGolden, FramesMatchTheirChecksums) {
   testing::GoldenSet golden("phasers");
   for (const Case& c : Cases()) {
-    std::unique_ptr<PhasersRecord> record = MakeRecord(c.overrides);
+    std::unique_ptr<PhasersRecord> record = MakeRecord(c.overrides, c.fills);
     ASSERT_NE(record, nullptr) << c.name;
     for (int k : ProbedFrames(record->FrameCount()))
       golden.Add(std::string(c.name) + ".frame" + std::to_string(k),
@@ -165,7 +199,7 @@ TEST(PhasersGolden, FramesMatchTheirChecksums) {
 // fades wrapped from the end of the loop.
 TEST(PhasersRender, EqualsTheWholeCanvasMethod) {
   for (const Case& c : Cases()) {
-    std::unique_ptr<PhasersRecord> record = MakeRecord(c.overrides);
+    std::unique_ptr<PhasersRecord> record = MakeRecord(c.overrides, c.fills);
     ASSERT_NE(record, nullptr) << c.name;
     std::vector<int> frames = ProbedFrames(record->FrameCount());
     if (record->width() * record->height() * record->FrameCount() <= 64 * 64 * 8)
@@ -197,7 +231,8 @@ TEST(PhasersBeams, NoCheckedKindDrawsEastToSouthAndTheFootTakesTheQuotientInDoub
 
 TEST(PhasersFrames, FrameNIsFrameZeroAndTheSeedDecides) {
   auto frames = [](int32_t seed) {
-    std::unique_ptr<PhasersRecord> record = MakeRecord({{"Seed", seed}, {"Frames", 4}, {"Density", 16}});
+    std::unique_ptr<PhasersRecord> record =
+        MakeRecord({{"Seed", seed}, {"Frames", 4}, {"Density", 16}}, {{1, Linear()}});
     std::vector<std::vector<Colour>> out;
     for (int k = -1; k <= 4; ++k) out.push_back(testing::Pixels(record->RenderFrame(k)));
     return out;
@@ -261,7 +296,7 @@ bool SeamLooksLikeInterior(PhasersRecord& record, bool turned, int crop = 0) {
 TEST(PhasersFrames, TwoByTwoMosaicShowsNoSeam) {
   for (const Case& c : Cases()) {
     if (!c.seamless) continue;
-    std::unique_ptr<PhasersRecord> record = MakeRecord(c.overrides);
+    std::unique_ptr<PhasersRecord> record = MakeRecord(c.overrides, c.fills);
     EXPECT_TRUE(SeamLooksLikeInterior(*record, false)) << c.name << " columns";
     EXPECT_TRUE(SeamLooksLikeInterior(*record, true)) << c.name << " rows";
   }
@@ -271,12 +306,37 @@ TEST(PhasersFrames, TwoByTwoMosaicShowsNoSeam) {
   EXPECT_FALSE(SeamLooksLikeInterior(*record, false, 5));
 }
 
+// Beams of a filled slot take their ink from the fill laid seamlessly over
+// the tile; a fill whose two ends are one colour therefore paints what that
+// Simple colour paints, and the slot draws the same random numbers either way.
+TEST(PhasersFills, InkComesFromTheSeamlessFillAndOneColourGradientsAreFlat) {
+  const Overrides small = With(kSmall, {{"FillColor1", 0x3080D0}, {"FillColor3", 0x3080D0}});
+  std::unique_ptr<PhasersRecord> flat = MakeRecord(small);
+  std::unique_ptr<PhasersRecord> even = MakeRecord(
+      small, {{1, Gradient(kGradientRadial, 0, 0x3080D0, 0x3080D0)},
+              {3, Gradient(kGradientLinear, 60, 0x3080D0, 0x3080D0)}});
+  for (int k = 0; k < flat->FrameCount(); ++k)
+    EXPECT_EQ(testing::Pixels(flat->RenderFrame(k)), testing::Pixels(even->RenderFrame(k))) << k;
+
+  std::unique_ptr<PhasersRecord> filled = MakeRecord(kSmall, {{1, Linear()}});
+  const std::vector<Colour> expected = testing::Pixels(RenderSeamlessFill(Linear(), 96, 64));
+  for (const PhasersBeam& beam : filled->beams()) {
+    const ImageBlock* ink = filled->FillImage(beam);
+    ASSERT_EQ(ink != nullptr, beam.colour == 0x0000FFu) << "slot 1 is red";
+    if (ink) {
+      EXPECT_EQ(testing::Pixels(*ink), expected);
+    }
+  }
+}
+
 // ---------------------------------------------------------------- failures
 
-// Every allocation of initialisation and of a frame is checked.
+// Every allocation of initialisation (fill pictures included) and of a frame
+// is checked.
 TEST(PhasersFailures, ShortMemoryGivesNoRecordAndNoFrame) {
   Settings settings = MakeSettings({{"Density", 8}, {"Frames", 2}});
-  SettingsReader reader(settings, Phasers());
+  FillStore fills = MakeFills({{2, Linear()}, {5, OffCentreRadial()}});
+  SettingsReader reader(settings, Phasers(), &fills);
   Random random;
   long count = 0;
   {
