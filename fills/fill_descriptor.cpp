@@ -5,15 +5,11 @@
 #include "fills/fill_descriptor.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
-#include <filesystem>
-#include <memory>
-#include <new>
-#include <system_error>
 
 #include "base/byte_sink.h"
 #include "base/bytes.h"
+#include "fills/file_io.h"
 
 namespace tess {
 namespace {
@@ -86,16 +82,6 @@ void GetPatterns(const uint8_t* b, FillDescriptor& r) {
   r.tile_rect = GetRect(b + kFillTileRectOffset);
 }
 
-struct FileCloser {
-  void operator()(std::FILE* f) const { std::fclose(f); }
-};
-
-// True when the file starts with 854 bytes, which land in `bytes`.
-bool ReadPatternFile(const std::string& path, FillBytes& bytes) {
-  std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rb"));
-  return file && std::fread(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
-}
-
 }  // namespace
 
 FillTextureBlock InitTextureBlock() {
@@ -149,33 +135,16 @@ FillDescriptor CreateFillDescriptor(const std::string& path, Colour default_colo
   record.colour = default_colour;
   if (SetFillPath(record, path) && read_file) {
     FillBytes bytes;
-    if (ReadPatternFile(path, bytes)) ParseFillDescriptor(bytes.data(), bytes.size(), record);
+    if (ReadFileStart(path, bytes)) ParseFillDescriptor(bytes.data(), bytes.size(), record);
   }
   record.press_flags &= ~(kFillSwatchPressed | kFillArrowPressed);
   return record;
 }
 
 bool SaveFillDescriptor(const FillDescriptor& record) {
-  const std::string_view path = FillPath(record);
-  if (path.empty()) return false;
   const FillBytes bytes = SerializeFillDescriptor(record);
-  try {
-    const std::filesystem::path target(path);
-    std::filesystem::path temporary = target;
-    temporary += ".tmp";
-    FileSink sink;
-    if (!sink.Open(temporary.string())) return false;
-    bool ok = sink.Write(bytes.data(), bytes.size());
-    ok = sink.Close() && ok;
-    std::error_code ec;
-    if (ok) std::filesystem::rename(temporary, target, ec);
-    if (ok && !ec) return true;
-    // Only what this save made is removed: a folder in the way stays.
-    std::filesystem::remove(temporary, ec);
-    return false;
-  } catch (const std::bad_alloc&) {
-    return false;
-  }
+  return ReplaceFile(FillPath(record),
+                     [&bytes](ByteSink& sink) { return sink.Write(bytes.data(), bytes.size()); });
 }
 
 }  // namespace tess

@@ -53,14 +53,6 @@ using Fields = std::vector<std::string_view>;
 
 std::string Quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
 
-// ----------------------------------------------------------------- pieces
-
-void FormatColour(Colour c, std::string& out) {
-  char text[8];
-  std::snprintf(text, sizeof text, "#%02X%02X%02X", ColourRed(c), ColourGreen(c), ColourBlue(c));
-  out += text;
-}
-
 int HexDigit(char c) {
   if (c >= '0' && c <= '9') return c - '0';
   if (c >= 'a' && c <= 'f') return c - 'a' + 10;
@@ -68,7 +60,27 @@ int HexDigit(char c) {
   return -1;
 }
 
-bool ParseColour(std::string_view text, std::string_view what, Colour& colour, std::string& error) {
+// Throws std::bad_alloc, so a formatter below stops at once and gives no text.
+void FormatColour(Colour c, std::string& out) {
+  char text[8];
+  std::snprintf(text, sizeof text, "#%02X%02X%02X", ColourRed(c), ColourGreen(c), ColourBlue(c));
+  out += text;
+}
+
+}  // namespace
+
+// ----------------------------------------------------------------- colours
+
+bool FormatHexColour(Colour c, std::string& out) {
+  try {
+    FormatColour(c, out);
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+bool ParseHexColour(std::string_view text, std::string_view what, Colour& colour, std::string& error) {
   bool ok = text.size() == 7 && text[0] == '#';
   uint32_t rgb = 0;
   for (size_t i = 1; ok && i < 7; ++i) {
@@ -76,13 +88,21 @@ bool ParseColour(std::string_view text, std::string_view what, Colour& colour, s
     ok = d >= 0;
     rgb = rgb << 4 | static_cast<uint32_t>(d);
   }
-  if (!ok) {
-    error = "expected " + std::string(what) + " as #RRGGBB (six hex digits), got " + Quoted(text);
-    return false;
+  if (ok) {
+    colour = MakeColour(rgb >> 16, rgb >> 8, rgb);
+    return true;
   }
-  colour = MakeColour(rgb >> 16, rgb >> 8, rgb);
-  return true;
+  try {
+    error = "expected " + std::string(what) + " as #RRGGBB (six hex digits), got " + Quoted(text);
+  } catch (const std::bad_alloc&) {
+    error.clear();
+  }
+  return false;
 }
+
+namespace {
+
+// ----------------------------------------------------------------- pieces
 
 bool ParseInteger(std::string_view text, const GradientParam& param, int32_t& value,
                   std::string& error) {
@@ -122,7 +142,7 @@ bool ParseSimple(const Fields& fields, FillDescriptor& record, std::string& erro
     error = "expected a colour alone as #RRGGBB, got " + Quoted(fields[0]) + " followed by \":\"";
     return false;
   }
-  if (!ParseColour(fields[0], "a colour", record.colour, error)) return false;
+  if (!ParseHexColour(fields[0], "a colour", record.colour, error)) return false;
   record.kind = kFillSimple;
   return true;
 }
@@ -170,8 +190,8 @@ bool ParseGradient(const Fields& fields, FillDescriptor& record, std::string& er
     error = "expected gradient:" + std::string(name) + ":#RRGGBB:#RRGGBB (start and end colours)";
     return false;
   }
-  if (!ParseColour(fields[2], "the start colour", g.grad_start, error) ||
-      !ParseColour(fields[3], "the end colour", g.grad_end, error) ||
+  if (!ParseHexColour(fields[2], "the start colour", g.grad_start, error) ||
+      !ParseHexColour(fields[3], "the end colour", g.grad_end, error) ||
       !ParseGradientParams(fields, *shape, g, error))
     return false;
   record.kind = kFillGradient;

@@ -31,6 +31,14 @@
 
 namespace tess {
 
+// Appends a colour as "#RRGGBB", red first, upper-case digits: the one
+// colour form of every fill and fountain text. False when memory is short.
+bool FormatHexColour(Colour colour, std::string& out);
+// Takes exactly "#" and six hex digits (either case). On failure `colour` is
+// unchanged and `error` says that `what` ("the start colour") was expected
+// (empty when memory is short).
+bool ParseHexColour(std::string_view text, std::string_view what, Colour& colour, std::string& error);
+
 // The text of `record`'s fill; empty when its kind or gradient type has no
 // form (a foreign record) or memory is short. Values a foreign record holds
 // outside the ranges above are written as the nearest the form allows: the
