@@ -175,9 +175,9 @@ constexpr std::array<ControlKindRules, kControlKindCount> kRules = {{
     {"fill", FixedTag<kTagFillButton>, R::kFillButton, true, false, S::kNumber, ShownAsStored,
      ColourOfText, EffectColour, UnsignedLineText, FormatColour, ParseColour, true,
      kTagColourButton},
-    // kFountain: keeps its own pattern file.
-    {"fountain", NoTag, R::kPlaceholder, true, false, S::kNone, ShownAsStored, NoValueOfText,
-     EffectAsStored, SignedLineText, FormatNumber, ParseNothing},
+    // kFountain: the record in its own pattern file is the whole value.
+    {"fountain", FixedTag<kTagFountain>, R::kPlaceholder, true, false, S::kNone, ShownAsStored,
+     NoValueOfText, EffectAsStored, SignedLineText, FormatNumber, ParseNothing, false, {}, true},
     // kPicker: a cell index of its picker class, any value kept as given;
     // the line carries it unsigned.
     {"direction", PickerTag, R::kPicker, true, false, S::kNumber, ShownAsKept, KeptOfText,

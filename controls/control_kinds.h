@@ -74,6 +74,9 @@ struct ControlKindRules {
   // A tag whose lines the kind also takes: the fill buttons' older colour
   // lines, whose colour becomes a Simple fill.
   std::string_view legacy_tag = {};
+  // Kinds whose value is a fountain record (fills/fountain.h) kept in the
+  // control's own pattern file, with no setting at all.
+  bool holds_fountain = false;
 };
 
 const ControlKindRules& KindRules(ControlKind kind);

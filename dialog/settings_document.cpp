@@ -98,35 +98,67 @@ class FillControl final : public DocumentControl {
   int32_t* m_slot;
 };
 
+// A fountain control: its line carries the whole record in hexadecimal and
+// it has no setting. A record from a document keeps this control's own path.
+class FountainControl final : public DocumentControl {
+ public:
+  FountainControl(const PageControl& control, FountainStore& fountains)
+      : m_control(control), m_fountains(fountains) {}
+  std::string_view Tag() const override { return DocumentTag(m_control); }
+  int Number() const override { return m_control.id; }
+  std::string ValueText() const override { return FountainValueText(Current()); }
+  // A payload that is not 585 bytes of hexadecimal is taken and changes nothing.
+  bool TakeValue(std::string_view value) override {
+    FountainRecord record = Current();
+    if (TakeFountainValue(value, record)) m_fountains.Put(m_control.id, record);
+    return true;
+  }
+
+ private:
+  FountainRecord Current() const {
+    if (const FountainRecord* kept = m_fountains.Find(m_control.id)) return *kept;
+    FountainRecord record;
+    BuiltInFountain(m_control.id, record);
+    return record;
+  }
+
+  const PageControl& m_control;
+  FountainStore& m_fountains;
+};
+
 using Controls = std::vector<std::unique_ptr<DocumentControl>>;
 
-// The document control of a declaration stored under config key `index`, or
-// null when its kind takes no part or keeps no setting there.
-std::unique_ptr<DocumentControl> MakeControl(Settings& settings, FillStore& fills,
+// The document control of a declaration stored under config key `index`
+// (or, for a fountain, in its own file), or null when its kind takes no
+// part or keeps no setting there.
+std::unique_ptr<DocumentControl> MakeControl(Settings& settings, PageRecords& records,
                                              const PageControl& c, int index, int32_t* slot) {
   const ControlKindRules& rules = KindRules(c);
-  if (DocumentTag(c).empty() || rules.storage == ControlStorage::kNone) return nullptr;
+  if (DocumentTag(c).empty()) return nullptr;
+  if (rules.holds_fountain) return std::make_unique<FountainControl>(c, records.fountains);
+  if (rules.storage == ControlStorage::kNone) return nullptr;
   if (!slot && rules.storage != ControlStorage::kNumberOrText) return nullptr;
-  if (rules.holds_fill) return std::make_unique<FillControl>(c, fills, slot);
+  if (rules.holds_fill) return std::make_unique<FillControl>(c, records.fills, slot);
   return std::make_unique<SettingControl>(c, settings, index, slot);
 }
 
-void AddMainControls(Controls& out, Settings& settings, FillStore& fills, int32_t* custom_palette,
-                     uint32_t host_capabilities) {
+void AddMainControls(Controls& out, Settings& settings, PageRecords& records,
+                     int32_t* custom_palette, uint32_t host_capabilities) {
   for (const PageControl& c : MainDialogControls(host_capabilities)) {
     int index = c.key ? FindConfigKey(c.key) : -1;
     int32_t* slot = index >= 0 ? settings.NumberSlot(index) : custom_palette;
-    if (auto control = MakeControl(settings, fills, c, index, slot))
+    if (auto control = MakeControl(settings, records, c, index, slot))
       out.push_back(std::move(control));
   }
 }
 
-void AddPageControls(Controls& out, Settings& settings, FillStore& fills) {
+void AddPageControls(Controls& out, Settings& settings, PageRecords& records) {
   for (const StyleEntry& style : StyleTable())
     for (const PageControl& c : style.page) {
       int index = c.key ? StyleKeyIndex(style.number, c.key) : -1;
-      if (index < 0) continue;
-      if (auto control = MakeControl(settings, fills, c, index, settings.NumberSlot(index)))
+      if (index < 0 && !KindRules(c).holds_fountain) continue;
+      int32_t* slot = index >= 0 ? settings.NumberSlot(index) : nullptr;
+      if (auto control = MakeControl(settings, records, c, index, slot))
         out.push_back(std::move(control));
     }
 }
@@ -134,8 +166,8 @@ void AddPageControls(Controls& out, Settings& settings, FillStore& fills) {
 }  // namespace
 
 SettingsDocument::SettingsDocument(Settings& settings, uint32_t host_capabilities,
-                                   FillStore* fills) {
-  FillStore& store = fills ? *fills : m_own_fills;
+                                   PageRecords* records) {
+  PageRecords& store = records ? *records : m_own_records;
   AddMainControls(m_controls, settings, store, &m_custom_palette, host_capabilities);
   AddPageControls(m_controls, settings, store);
 }
@@ -154,12 +186,13 @@ DocumentControl* SettingsDocument::FindControl(int number) {
 }
 
 bool SaveSettingsDocument(const std::string& path, const Settings& settings,
-                          uint32_t host_capabilities, Reporter& reporter, const FillStore* fills) {
+                          uint32_t host_capabilities, Reporter& reporter,
+                          const PageRecords* records) {
   try {
     // The controls bind to writable storage; saving only reads it.
     Settings copy = settings;
-    FillStore fills_copy = fills ? *fills : FillStore();
-    SettingsDocument document(copy, host_capabilities, &fills_copy);
+    PageRecords records_copy = records ? *records : PageRecords();
+    SettingsDocument document(copy, host_capabilities, &records_copy);
     return SaveDocument(path, document, reporter);
   } catch (const std::bad_alloc&) {
     reporter.ShowMessage(StringText(kStrErrorCreatingDocument));
@@ -168,9 +201,10 @@ bool SaveSettingsDocument(const std::string& path, const Settings& settings,
 }
 
 bool LoadDocumentIntoSettings(const std::string& path, Settings& settings,
-                              uint32_t host_capabilities, Reporter& reporter, FillStore* fills) {
+                              uint32_t host_capabilities, Reporter& reporter,
+                              PageRecords* records) {
   try {
-    SettingsDocument document(settings, host_capabilities, fills);
+    SettingsDocument document(settings, host_capabilities, records);
     return LoadDocument(path, document, reporter);
   } catch (const std::bad_alloc&) {
     reporter.ShowMessage(StringText(kStrErrorOpeningDocument));

@@ -31,11 +31,11 @@ namespace tess {
 // controls point into it.
 class SettingsDocument final : public DocumentTarget {
  public:
-  // `settings` (and `fills`, when given) must outlive this object. Fill
-  // controls keep their records in `fills`, or in a store of their own when
-  // none is given, so a load still brings each slot's kind and colour into
-  // the settings. Throws std::bad_alloc only.
-  SettingsDocument(Settings& settings, uint32_t host_capabilities, FillStore* fills = nullptr);
+  // `settings` (and `records`, when given) must outlive this object. Fill and
+  // fountain controls keep their records in `records`, or in a store of
+  // their own when none is given, so a load still brings each fill slot's
+  // kind and colour into the settings. Throws std::bad_alloc only.
+  SettingsDocument(Settings& settings, uint32_t host_capabilities, PageRecords* records = nullptr);
   ~SettingsDocument() override;
   SettingsDocument(const SettingsDocument&) = delete;
   SettingsDocument& operator=(const SettingsDocument&) = delete;
@@ -51,7 +51,7 @@ class SettingsDocument final : public DocumentTarget {
 
  private:
   int32_t m_custom_palette = 0;
-  FillStore m_own_fills;
+  PageRecords m_own_records;
   std::vector<std::unique_ptr<DocumentControl>> m_controls;
 };
 
@@ -59,9 +59,9 @@ class SettingsDocument final : public DocumentTarget {
 // is reported with the same message SaveDocument and LoadDocument give.
 bool SaveSettingsDocument(const std::string& path, const Settings& settings,
                           uint32_t host_capabilities, Reporter& reporter,
-                          const FillStore* fills = nullptr);
+                          const PageRecords* records = nullptr);
 bool LoadDocumentIntoSettings(const std::string& path, Settings& settings,
                               uint32_t host_capabilities, Reporter& reporter,
-                              FillStore* fills = nullptr);
+                              PageRecords* records = nullptr);
 
 }  // namespace tess

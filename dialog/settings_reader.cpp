@@ -43,11 +43,16 @@ int32_t SettingsReader::Picker(int id) const {
 FillDescriptor SettingsReader::Fill(int id) const {
   const PageControl* control = FindPageControl(*m_style, id);
   uint32_t stored = control ? static_cast<uint32_t>(Stored(*m_settings, *m_style, *control).value_or(0)) : 0;
-  const FillDescriptor* kept = m_fills ? m_fills->Find(id) : nullptr;
+  const FillDescriptor* kept = m_records ? m_records->fills.Find(id) : nullptr;
   FillDescriptor fill = kept ? *kept : FillDescriptor();
   if (!kept && (stored >> 24) <= kFillTile) fill.kind = stored >> 24;
   fill.colour = stored & 0xFFFFFFu;
   return fill;
+}
+
+FountainRecord SettingsReader::Fountain(int id) const {
+  const FountainRecord* kept = m_records ? m_records->fountains.Find(id) : nullptr;
+  return kept ? *kept : ParamReader::Fountain(id);
 }
 
 bool SettingsReader::Checked(int id) const {

@@ -24,10 +24,11 @@ class Settings;
 // An id not on the style's page gives 0 (false) from every call.
 class SettingsReader final : public ParamReader {
  public:
-  // All must outlive the reader; without `fills` every fill is Simple.
+  // All must outlive the reader; without `records` every fill is Simple and
+  // every fountain its control's built-in (or the default).
   SettingsReader(const Settings& settings, const StyleEntry& style,
-                 const FillStore* fills = nullptr)
-      : m_settings(&settings), m_style(&style), m_fills(fills) {}
+                 const PageRecords* records = nullptr)
+      : m_settings(&settings), m_style(&style), m_records(records) {}
 
   int32_t Spin(int id) const override;
   bool Checked(int id) const override;
@@ -37,11 +38,12 @@ class SettingsReader final : public ParamReader {
   // The store's record of the control (else the defaults, of the kind the
   // setting's top byte names), with the setting's colour as its Simple colour.
   FillDescriptor Fill(int id) const override;
+  FountainRecord Fountain(int id) const override;
 
  private:
   const Settings* m_settings;
   const StyleEntry* m_style;
-  const FillStore* m_fills;
+  const PageRecords* m_records;
 };
 
 // One stored setting of a style's page.

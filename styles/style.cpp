@@ -9,6 +9,12 @@
 
 namespace tess {
 
+FountainRecord ParamReader::Fountain(int id) const {
+  FountainRecord record;  // the default fountain unless the id has a built-in one
+  BuiltInFountain(id, record);
+  return record;
+}
+
 int32_t Random::Next() {
   m_state = m_state * 0x000015A400004E35ull + 1;
   return static_cast<int32_t>((m_state >> 32) & 0x7FFFFFFFu);

@@ -16,6 +16,7 @@
 
 #include "controls/page_control.h"
 #include "fills/fill_descriptor.h"
+#include "fills/fountain.h"
 #include "image/frame_list.h"
 #include "image/image.h"
 
@@ -48,6 +49,10 @@ class ParamReader {
     fill.colour = ColourValue(id);
     return fill;
   }
+  // "Fountain:" control: the fountain it holds. Readers without fountain
+  // records answer the built-in fountain of that control number, or the
+  // default fountain.
+  virtual FountainRecord Fountain(int id) const;
 };
 
 // ---------------------------------------------------------------- random generator

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "host/cli/cli_args.h"
-#include "host/cli/cli_fills.h"
+#include "host/cli/cli_records.h"
 #include "host/cli/commands.h"
 #include "shell/strings.h"
 #include "styles/style_table.h"

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "host/cli/cli_fills.h"
+#include "host/cli/cli_records.h"
 #include "output/palette.h"
 #include "shell/strings.h"
 

@@ -12,7 +12,7 @@
 #include <system_error>
 
 #include "controls/control_kinds.h"
-#include "host/cli/cli_fills.h"
+#include "host/cli/cli_records.h"
 #include "dialog/settings_reader.h"
 #include "output/palette.h"
 #include "shell/config_file.h"
@@ -189,7 +189,7 @@ std::optional<int32_t> KeyValue(int index, std::string_view text, std::string* e
 }  // namespace
 
 bool ApplySet(std::string_view assignment, Settings& settings, std::span<const StyleEntry> styles,
-              Failure* failure, FillStore* fills) {
+              Failure* failure, PageRecords* records) {
   size_t eq = assignment.find('=');
   if (eq == std::string_view::npos || eq == 0) {
     *failure = Usage("--set needs KEY=VALUE, not '" + std::string(assignment) + "'");
@@ -210,8 +210,8 @@ bool ApplySet(std::string_view assignment, Settings& settings, std::span<const S
     return true;
   }
   std::string expected;
-  if (target.control && KindRules(*target.control).holds_fill && fills) {
-    if (SetFill(*target.control, target.index, text, settings, *fills, &expected)) return true;
+  if (target.control && KindRules(*target.control).holds_fill && records) {
+    if (SetFill(*target.control, target.index, text, settings, records->fills, &expected)) return true;
     *failure = Usage("bad value '" + std::string(text) + "' for " + std::string(config_key.name) +
                      ": expected " + expected);
     return false;
@@ -232,7 +232,7 @@ bool ApplySet(std::string_view assignment, Settings& settings, std::span<const S
 // ---------------------------------------------------------------- build options
 
 bool ApplyBuildOptions(const CliArgs& args, Settings& settings, std::span<const StyleEntry> styles,
-                       SessionChoices* session, Failure* failure, FillStore* fills) {
+                       SessionChoices* session, Failure* failure, PageRecords* records) {
   if (args.effect) {
     int index = FindEffect(*args.effect, styles);
     if (index < 0) {
@@ -276,7 +276,7 @@ bool ApplyBuildOptions(const CliArgs& args, Settings& settings, std::span<const 
                        args.dither.value_or(false) || args.supercompress.value_or(false);
   if (wants_palette && !args.true_colour) settings.SetNumber(Key::Truecolour, 0);
   for (const std::string& assignment : args.sets)
-    if (!ApplySet(assignment, settings, styles, failure, fills)) return false;
+    if (!ApplySet(assignment, settings, styles, failure, records)) return false;
   return true;
 }
 
@@ -318,7 +318,12 @@ int32_t CliDialogReader::Picker(int id) const {
 }
 
 FillDescriptor CliDialogReader::Fill(int id) const {
-  return m_style ? SettingsReader(m_settings, *m_style, m_fills).Fill(id) : FillDescriptor();
+  return m_style ? SettingsReader(m_settings, *m_style, m_records).Fill(id) : FillDescriptor();
+}
+
+FountainRecord CliDialogReader::Fountain(int id) const {
+  return m_style ? SettingsReader(m_settings, *m_style, m_records).Fountain(id)
+                 : ParamReader::Fountain(id);
 }
 
 }  // namespace tess::cli

@@ -69,14 +69,16 @@ bool FindPalette(std::string_view text, int* choice, bool* adaptive);
 // 0/1/on/off/yes/no/true/false, colours as #RRGGBB or a number, choices as an
 // index or item name.
 // A fill control's value is a fill's text form (see 'tessarine help fills'),
-// kept in `fills` beside the setting.
+// a fountain control's a fountain's (named by the control's label,
+// "Fountain"); both are kept in `records` beside the settings.
 bool ApplySet(std::string_view assignment, Settings& settings, std::span<const StyleEntry> styles,
-              Failure* failure, FillStore* fills = nullptr);
+              Failure* failure, PageRecords* records = nullptr);
 
 // Every build option of the command line, in the order that makes the most
 // explicit one win: --effect, the output options, then each --set in turn.
 bool ApplyBuildOptions(const CliArgs& args, Settings& settings, std::span<const StyleEntry> styles,
-                       SessionChoices* session, Failure* failure, FillStore* fills = nullptr);
+                       SessionChoices* session, Failure* failure,
+                       PageRecords* records = nullptr);
 
 // The effect MainEffect selects, clamped to the table as the build clamps it.
 int SelectedEffect(const Settings& settings, std::span<const StyleEntry> styles);
@@ -92,10 +94,10 @@ class CliDialogReader final : public ParamReader {
   static constexpr int32_t kMaxDelay = 1000;
 
   // All must outlive the reader; `style` may be null (frames from elsewhere),
-  // and without `fills` every fill is Simple.
+  // and without `records` every fill is Simple, every fountain a built-in.
   CliDialogReader(const Settings& settings, const StyleEntry* style, const SessionChoices& session,
-                  const FillStore* fills = nullptr)
-      : m_settings(settings), m_style(style), m_session(session), m_fills(fills) {}
+                  const PageRecords* records = nullptr)
+      : m_settings(settings), m_style(style), m_session(session), m_records(records) {}
 
   int32_t Spin(int id) const override;
   bool Checked(int id) const override;
@@ -103,12 +105,13 @@ class CliDialogReader final : public ParamReader {
   int32_t Selection(int id) const override;
   int32_t Picker(int id) const override;
   FillDescriptor Fill(int id) const override;
+  FountainRecord Fountain(int id) const override;
 
  private:
   const Settings& m_settings;
   const StyleEntry* m_style;
   SessionChoices m_session;
-  const FillStore* m_fills;
+  const PageRecords* m_records;
 };
 
 }  // namespace tess::cli

@@ -16,7 +16,7 @@
 #include "dialog/settings_document.h"
 #include "dialog/settings_reader.h"
 #include "driver/build_driver.h"
-#include "host/cli/cli_fills.h"
+#include "host/cli/cli_records.h"
 #include "host/cli/cli_settings.h"
 #include "host/cli/gif_file_host.h"
 #include "host/cli/ppm.h"
@@ -50,9 +50,9 @@ bool OutputIsUsable(const CliArgs& args, Failure* failure) {
 
 // A document saved by the dialog (or by us) over the configuration; the
 // loader has already left the settings alone when it reports a failure.
-bool LoadDocument(const std::string& path, Settings& settings, FillStore& fills, Failure* failure) {
+bool LoadDocument(const std::string& path, Settings& settings, PageRecords& records, Failure* failure) {
   RecordingReporter messages;
-  if (LoadDocumentIntoSettings(path, settings, kHostCapOptimise, messages, &fills)) return true;
+  if (LoadDocumentIntoSettings(path, settings, kHostCapOptimise, messages, &records)) return true;
   std::string text = messages.messages.empty() ? "cannot load the document" : messages.messages.front();
   *failure = Failure{kExitFailure, path + ": " + text};
   return false;
@@ -61,12 +61,13 @@ bool LoadDocument(const std::string& path, Settings& settings, FillStore& fills,
 // The settings of one run: defaults, the configuration file with the fills'
 // pattern files, a document, then the options.
 bool PrepareSettings(const CliArgs& args, CliEnvironment& env, const ConfigPlan& plan,
-                     Settings& settings, FillStore& fills, SessionChoices* session, Failure* failure) {
+                     Settings& settings, PageRecords& records, SessionChoices* session,
+                     Failure* failure) {
   if (!OutputIsUsable(args, failure)) return false;
   if (!LoadConfig(plan, settings, env.platform, failure)) return false;
-  LoadFills(plan, settings, fills, env.platform, env.styles);
-  if (args.doc && !LoadDocument(*args.doc, settings, fills, failure)) return false;
-  return ApplyBuildOptions(args, settings, env.styles, session, failure, &fills);
+  LoadPageRecords(plan, settings, records, env.platform, env.styles);
+  if (args.doc && !LoadDocument(*args.doc, settings, records, failure)) return false;
+  return ApplyBuildOptions(args, settings, env.styles, session, failure, &records);
 }
 
 BuildOptions OptionsFrom(const Settings& settings) {
@@ -91,11 +92,11 @@ int Finish(bool built, const GifFileHost& host, CliEnvironment& env) {
 
 // Saving follows the dialog: the settings are written whether the build
 // succeeded or not. A failed save turns success into failure.
-int SaveIfAsked(int code, const ConfigPlan& plan, const Settings& settings, const FillStore& fills,
+int SaveIfAsked(int code, const ConfigPlan& plan, const Settings& settings, const PageRecords& records,
                 CliEnvironment& env) {
   if (!plan.save) return code;
   Failure failure;
-  if (!SaveConfig(plan, settings, env.platform, &failure) || !SaveFills(fills, &failure)) {
+  if (!SaveConfig(plan, settings, env.platform, &failure) || !SavePageRecords(records, &failure)) {
     Report(env, failure);
     return kExitFailure;
   }
@@ -117,7 +118,7 @@ void ListEffects(CliEnvironment& env) {
   }
 }
 
-void ListSettings(const StyleEntry& style, int index, const Settings& settings, const FillStore& fills,
+void ListSettings(const StyleEntry& style, int index, const Settings& settings, const PageRecords& records,
                   CliEnvironment& env) {
   char number[8];
   std::snprintf(number, sizeof number, "%03d", style.number);
@@ -125,7 +126,7 @@ void ListSettings(const StyleEntry& style, int index, const Settings& settings, 
           << (style.init ? "" : "; not available yet") << ")\n";
   env.out << Column("KEY", 16) << Column("KIND", 9) << Column("RANGE", 12) << Column("DEFAULT", 9)
           << "VALUE\n";
-  SettingsReader reader(settings, style, &fills);
+  SettingsReader reader(settings, style, &records);
   if (style.frames_rule && style.init) {
     Random random;
     std::unique_ptr<StyleRecord> record = style.init(reader, random);
@@ -230,12 +231,12 @@ int RunList(const CliArgs& args, CliEnvironment& env) {
   int index = FindEffect(args.operands[0], env.styles);
   if (index < 0) return Report(env, kExitUsage, "unknown effect '" + args.operands[0] + "' (see 'tessarine list')");
   Settings settings;
-  FillStore fills;
+  PageRecords records;
   Failure failure;
   ConfigPlan plan = PlanConfig(args, env.platform);
   if (!LoadConfig(plan, settings, env.platform, &failure)) return Report(env, failure);
-  LoadFills(plan, settings, fills, env.platform, env.styles);
-  ListSettings(env.styles[static_cast<size_t>(index)], index, settings, fills, env);
+  LoadPageRecords(plan, settings, records, env.platform, env.styles);
+  ListSettings(env.styles[static_cast<size_t>(index)], index, settings, records, env);
   return kExitOk;
 }
 
@@ -244,20 +245,20 @@ int RunBuildCommand(const CliArgs& args, CliEnvironment& env) {
   auto settings = std::make_unique<Settings>();
   SessionChoices session;
   Failure failure;
-  FillStore fills;
-  if (!PrepareSettings(args, env, plan, *settings, fills, &session, &failure)) return Report(env, failure);
+  PageRecords records;
+  if (!PrepareSettings(args, env, plan, *settings, records, &session, &failure)) return Report(env, failure);
   int index = SelectedEffect(*settings, env.styles);
   if (index < 0) return Report(env, kExitFailure, "there are no effects");
   const StyleEntry& style = env.styles[static_cast<size_t>(index)];
   if (!style.init) {
     int code = Report(env, kExitFailure, "effect '" + std::string(style.name) +
                                              "' is not available yet (see 'tessarine list')");
-    return SaveIfAsked(code, plan, *settings, fills, env);
+    return SaveIfAsked(code, plan, *settings, records, env);
   }
 
   ProgressBar bar(env.err, env.err_is_terminal && !args.quiet);
   CliReporter reporter(env.err, &bar);
-  CliDialogReader dialog(*settings, &style, session, &fills);
+  CliDialogReader dialog(*settings, &style, session, &records);
   BuildMode mode = ModeOf(args.command);
   int code = kExitFailure;
   if (mode == BuildMode::kPreview) {
@@ -275,7 +276,7 @@ int RunBuildCommand(const CliArgs& args, CliEnvironment& env) {
       if (code == kExitOk && mode == BuildMode::kTest) env.out << path << '\n';
     }
   }
-  return SaveIfAsked(code, plan, *settings, fills, env);
+  return SaveIfAsked(code, plan, *settings, records, env);
 }
 
 // ---------------------------------------------------------------- encode
@@ -351,8 +352,8 @@ int RunEncode(const CliArgs& args, CliEnvironment& env) {
   SessionChoices session;
   session.no_background = true;
   Failure failure;
-  FillStore fills;
-  if (!PrepareSettings(args, env, plan, *settings, fills, &session, &failure)) return Report(env, failure);
+  PageRecords records;
+  if (!PrepareSettings(args, env, plan, *settings, records, &session, &failure)) return Report(env, failure);
 
   CliDialogReader dialog(*settings, nullptr, session);
   FrameList frames;
@@ -366,7 +367,7 @@ int RunEncode(const CliArgs& args, CliEnvironment& env) {
                        OptionsFrom(*settings)};
   bool built = RunOutputBuild(context, BuildMode::kOk, std::move(frames));
   bar.Clear();
-  return SaveIfAsked(Finish(built, host, env), plan, *settings, fills, env);
+  return SaveIfAsked(Finish(built, host, env), plan, *settings, records, env);
 }
 
 }  // namespace tess::cli

@@ -80,8 +80,8 @@ TEST(PageWindows, CreationOrderIsTheSettingsDocumentsOrder) {
     for (const PageWindow& w : PageWindows(style)) {
       const PageControl& c = *w.control;
       bool control_window = w.id == c.id;
-      if (control_window && c.key && StyleKeyIndex(style.number, c.key) >= 0 &&
-          TakesPartInDocuments(c))
+      bool stored = (c.key && StyleKeyIndex(style.number, c.key) >= 0) || KindRules(c).holds_fountain;
+      if (control_window && stored && TakesPartInDocuments(c))
         from_windows.push_back(w.id);
     }
   Settings settings;

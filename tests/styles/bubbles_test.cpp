@@ -29,17 +29,17 @@ const StyleEntry& Bubbles() { return *StyleByNumber(0); }
 // colour slots painted with fills.
 struct Config {
   Settings settings;
-  FillStore fills;
+  PageRecords records;
   Config& Set(std::string_view param, int32_t value) {
     settings.SetStyleNumber(0, param, value);
     return *this;
   }
   Config& Fill(int slot, const FillDescriptor& fill) {
-    fills.Put(PageControlId(0, page::ColourControl(slot)), fill);
+    records.fills.Put(PageControlId(0, page::ColourControl(slot)), fill);
     return *this;
   }
   int32_t Get(std::string_view param) const { return settings.StyleNumber(0, param); }
-  SettingsReader Reader() const { return SettingsReader(settings, Bubbles(), &fills); }
+  SettingsReader Reader() const { return SettingsReader(settings, Bubbles(), &records); }
 };
 
 FillDescriptor Gradient(uint32_t type, int32_t rotation, Colour start, Colour end) {

@@ -45,15 +45,16 @@ Settings MakeSettings(const Overrides& overrides) {
   return settings;
 }
 
-FillStore MakeFills(const Fills& fills) {
-  FillStore store;
-  for (const auto& [slot, fill] : fills) store.Put(PageControlId(kStyle, page::ColourControl(slot)), fill);
-  return store;
+PageRecords MakeFills(const Fills& fills) {
+  PageRecords records;
+  for (const auto& [slot, fill] : fills)
+    records.fills.Put(PageControlId(kStyle, page::ColourControl(slot)), fill);
+  return records;
 }
 
 std::unique_ptr<PhasersRecord> MakeRecord(const Overrides& overrides, const Fills& fills = {}) {
   Settings settings = MakeSettings(overrides);
-  FillStore store = MakeFills(fills);
+  PageRecords store = MakeFills(fills);
   SettingsReader reader(settings, Phasers(), &store);
   Random random;
   return PhasersRecord::Init(reader, random);
@@ -335,7 +336,7 @@ TEST(PhasersFills, InkComesFromTheSeamlessFillAndOneColourGradientsAreFlat) {
 // is checked.
 TEST(PhasersFailures, ShortMemoryGivesNoRecordAndNoFrame) {
   Settings settings = MakeSettings({{"Density", 8}, {"Frames", 2}});
-  FillStore fills = MakeFills({{2, Linear()}, {5, OffCentreRadial()}});
+  PageRecords fills = MakeFills({{2, Linear()}, {5, OffCentreRadial()}});
   SettingsReader reader(settings, Phasers(), &fills);
   Random random;
   long count = 0;

@@ -21,12 +21,12 @@ namespace tess::cli {
 // file's path; with plan.read, a valid pattern file replaces the defaults and
 // its kind and colour go into the setting (the file is the fill's home, as in
 // the plug-in). Never fails: an unreadable or foreign file means defaults.
-void LoadFills(const ConfigPlan& plan, Settings& settings, FillStore& fills, Platform& platform,
-               std::span<const StyleEntry> styles);
+void LoadPageRecords(const ConfigPlan& plan, Settings& settings, PageRecords& records,
+                     Platform& platform, std::span<const StyleEntry> styles);
 
 // Writes every record to its pattern file, creating the folder. On failure
 // says which file could not be written.
-bool SaveFills(const FillStore& fills, Failure* failure);
+bool SavePageRecords(const PageRecords& records, Failure* failure);
 
 // Takes a --set value for fill control `control` of style `style_number`:
 // the fill's text form (see 'tessarine help fills'), or a number for the whole

@@ -2,7 +2,7 @@
 // command and its help.
 //
 // Sections: pattern files · values · swatch.
-#include "host/cli/cli_fills.h"
+#include "host/cli/cli_records.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -31,8 +31,8 @@ int32_t* SlotOf(Settings& settings, int style_number, const PageControl& c) {
 
 // ---------------------------------------------------------------- pattern files
 
-void LoadFills(const ConfigPlan& plan, Settings& settings, FillStore& fills, Platform& platform,
-               std::span<const StyleEntry> styles) {
+void LoadPageRecords(const ConfigPlan& plan, Settings& settings, PageRecords& records,
+                     Platform& platform, std::span<const StyleEntry> styles) {
   for (const StyleEntry& style : styles)
     for (const PageControl& c : style.page) {
       if (!KindRules(c).holds_fill || !c.key) continue;
@@ -44,13 +44,13 @@ void LoadFills(const ConfigPlan& plan, Settings& settings, FillStore& fills, Pla
       // The record writes where this control's file is, whatever path a
       // file copied from elsewhere carries.
       SetFillPath(record, path);
-      fills.Put(c.id, record);
+      records.fills.Put(c.id, record);
       *slot = FillSettingValue(record.kind, record.colour);
     }
 }
 
-bool SaveFills(const FillStore& fills, Failure* failure) {
-  for (const auto& [id, record] : fills.records()) {
+bool SavePageRecords(const PageRecords& records, Failure* failure) {
+  for (const auto& [id, record] : records.fills.records()) {
     std::string path(FillPath(record));
     if (path.empty()) continue;
     std::filesystem::path parent = std::filesystem::path(path).parent_path();
