@@ -55,6 +55,7 @@ int Dispatch(std::span<const std::string> args, CliEnvironment& env) {
     case Command::kPreview: return RunBuildCommand(parsed, env);
     case Command::kEncode: return RunEncode(parsed, env);
     case Command::kSwatch: return RunSwatch(parsed, env);
+    case Command::kLibrary: return RunLibrary(parsed, env);
     default: return kExitUsage;
   }
 }

@@ -133,7 +133,17 @@ const std::vector<CommandInfo>& Commands() {
        "written by the plug-in, into a new image of the given size, exactly as an effect\n"
        "receives it, and writes it as binary PPM (FILE ending in .ppm) or GIF (.gif).",
        {Opt::kOutput, Opt::kSize, Opt::kHelp}, 1, 1},
-      {Command::kHelp, "help", "help [COMMAND|TOPIC]", "show help for a command or a topic (fills)", "",
+      {Command::kLibrary, "library", "library [list|show N|add FOUNTAIN|remove N] [open|closed]",
+       "list, show, add to or remove from the fountain libraries",
+       "The fountain libraries are the plug-in's files: FountainLibrary.fll for closed\n"
+       "fountains and FountainLibrary.fln for open ones, in its data folder. 'list' (the\n"
+       "default) prints each entry's number and text form; 'show N' draws entry N as a strip\n"
+       "in the terminal's colours, or writes it as a 256x32 image with -o FILE (.ppm or .gif);\n"
+       "'add FOUNTAIN' appends a fountain given as text (see 'tessarine help fountains') to\n"
+       "the library of its kind; 'remove N' deletes entry N. A last word 'open' or 'closed'\n"
+       "picks the library (default closed).",
+       {Opt::kOutput, Opt::kHelp}, 0, 3},
+      {Command::kHelp, "help", "help [COMMAND|TOPIC]", "show help for a command or a topic (fills, fountains)", "",
        {Opt::kHelp}, 0, 1},
   };
   return commands;
@@ -356,6 +366,7 @@ constexpr std::string_view kBuildNotes =
 
 std::string TopicHelp(std::string_view name) {
   if (name == "fills") return FillsHelp();
+  if (name == "fountains") return FountainsHelp();
   return {};
 }
 
@@ -418,7 +429,8 @@ std::string GeneralHelp() {
     left.append(12 - std::min<size_t>(12, left.size()), ' ');
     text += left + std::string(info.summary) + "\n";
   }
-  text += "\nTopics (tessarine help TOPIC):\n  fills       the text form of a fill, for --set and swatch\n\n";
+  text += "\nTopics (tessarine help TOPIC):\n  fills       the text form of a fill, for --set and swatch\n"
+          "  fountains   the text form of a fountain, for --set, swatch and library\n\n";
   text += kExitCodes;
   return text;
 }

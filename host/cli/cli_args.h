@@ -17,7 +17,7 @@ constexpr int kExitOk = 0;
 constexpr int kExitFailure = 1;  // the work could not be done
 constexpr int kExitUsage = 2;    // the command line was wrong
 
-enum class Command { kNone, kHelp, kList, kRender, kTest, kPreview, kEncode, kSwatch };
+enum class Command { kNone, kHelp, kList, kRender, kTest, kPreview, kEncode, kSwatch, kLibrary };
 
 enum class Opt {
   kHelp,

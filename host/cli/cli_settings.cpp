@@ -197,6 +197,16 @@ bool ApplySet(std::string_view assignment, Settings& settings, std::span<const S
   }
   std::string_view key = assignment.substr(0, eq);
   std::string_view text = assignment.substr(eq + 1);
+  // Fountains have no configuration key: the control's own label names them.
+  int selected = SelectedEffect(settings, styles);
+  if (const PageControl* fountain =
+          FindFountainControl(key, styles, selected >= 0 ? &styles[static_cast<size_t>(selected)] : nullptr)) {
+    std::string expected;
+    if (records && SetFountain(*fountain, text, *records, &expected)) return true;
+    *failure = Usage("bad value '" + std::string(text) + "' for " + std::string(key) + ": expected " +
+                     (expected.empty() ? "a fountain" : expected));
+    return false;
+  }
   SetTarget target;
   if (!FindSetTarget(key, settings, styles, &target, failure)) return false;
   const ConfigKey& config_key = ConfigKeys()[static_cast<size_t>(target.index)];

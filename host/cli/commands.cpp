@@ -16,6 +16,7 @@
 #include "dialog/settings_document.h"
 #include "dialog/settings_reader.h"
 #include "driver/build_driver.h"
+#include "fills/fountain_text.h"
 #include "host/cli/cli_records.h"
 #include "host/cli/cli_settings.h"
 #include "host/cli/gif_file_host.h"
@@ -134,6 +135,11 @@ void ListSettings(const StyleEntry& style, int index, const Settings& settings, 
             << (record ? std::to_string(record->FrameCount()) : std::string("?")) << "  ("
             << style.frames_rule << ")\n";
   }
+  // Fountains have no key; their label names them, as --set takes it.
+  for (const PageControl& c : style.page)
+    if (KindRules(c).holds_fountain)
+      env.out << Column("Fountain", 16) << Column(KindRules(c).listing_name, 9) << Column("-", 12)
+              << Column("built-in", 9) << FormatFountain(reader.Fountain(c.id)) << '\n';
   for (const StyleSetting& s : ListStyleSettings(settings, style)) {
     const PageControl& c = *s.control;
     const ControlKindRules& rules = KindRules(c);

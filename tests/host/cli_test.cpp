@@ -230,8 +230,61 @@ TEST_F(CliTest, SwatchPaintsAPatternFileOrATextForm) {
   WriteBytes(dir / "short.flp", flp);
   Result foreign = Run({"swatch", dir / "short.flp", "-o", dir / "x.ppm"});
   EXPECT_EQ(foreign.code, kExitFailure);
-  EXPECT_NE(foreign.err.find("not a fill pattern file"), std::string::npos);
+  EXPECT_NE(foreign.err.find("not a fill or fountain pattern file"), std::string::npos);
   EXPECT_FALSE(std::filesystem::exists(dir / "x.ppm"));
+}
+
+// A hand-made fountain pattern file paints its markers at their offsets
+// (position x W / 255, truncated), each segment starting on its colour.
+TEST_F(CliTest, SwatchPaintsAFountainPatternFileWithItsMarkersInPlace) {
+  std::vector<uint8_t> flp(585, 0);
+  std::memcpy(flp.data(), "BRNDFOUN", 8);
+  flp[20] = 1;   // open
+  flp[289] = 7;  // markers
+  const uint8_t positions[7] = {32, 64, 96, 128, 160, 192, 224};
+  const int offsets[7] = {12, 25, 37, 50, 62, 75, 87};
+  for (int i = 0; i < 7; ++i) {
+    uint8_t* marker = &flp[301 + 4 * static_cast<size_t>(i)];
+    marker[0] = static_cast<uint8_t>(30 * i + 20);  // red
+    marker[1] = static_cast<uint8_t>(200 - 25 * i); // green
+    marker[3] = positions[i];
+  }
+  WriteBytes(dir / "markers.flp", flp);
+  ASSERT_EQ(Run({"swatch", dir / "markers.flp", "--size", "100x1", "-o", dir / "m.ppm"}).code, kExitOk);
+  std::vector<uint8_t> ppm = ReadBytes(dir / "m.ppm");
+  const size_t header = std::string("P6\n100 1\n255\n").size();
+  ASSERT_EQ(ppm.size(), header + 300);
+  for (int i = 0; i < 7; ++i) {
+    size_t at = header + 3 * static_cast<size_t>(offsets[i]);
+    EXPECT_EQ(ppm[at], 30 * i + 20) << "marker " << i;
+    EXPECT_EQ(ppm[at + 1], 200 - 25 * i) << "marker " << i;
+  }
+  EXPECT_EQ(ppm[header], 0);  // the start colour, black
+}
+
+// A fountain set as text lists as the same text and is kept in its control's
+// pattern file; the libraries take, list and give back fountains.
+TEST_F(CliTest, FountainsTravelAsTextAndThroughTheLibraries) {
+  const std::string fountain = "fountain:closed:#000000:#FFFFFF:85:#FF0000,170:#0000FF";
+  std::span<const StyleEntry> product = StyleTable();
+  Run({"render", "-e", "Solid", "-s", "Fountain=" + fountain, "-o", dir / "s.gif", "--save"}, product);
+  Result listed = Run({"list", "Solid"}, product);
+  EXPECT_NE(listed.out.find("fountain  -            built-in  " + fountain + "\n"), std::string::npos)
+      << listed.out;
+  EXPECT_EQ(ReadBytes(FillFilePath(platform, 290)).size(), 585u);
+  Result bad = Run({"render", "-e", "Solid", "-s", "Fountain=fountain:closed:#000000:#FFFFFF:300:#FF0000"}, product);
+  EXPECT_EQ(bad.code, kExitUsage);
+  EXPECT_NE(bad.err.find("help fountains"), std::string::npos);
+
+  ASSERT_EQ(Run({"library", "add", fountain}).code, kExitOk);
+  ASSERT_EQ(Run({"library", "add", "fountain:closed:#FFFFFF:#FFFFFF:128:#00FF00"}).code, kExitOk);
+  EXPECT_EQ(Run({"library", "list"}).out, "0  " + fountain + "\n1  fountain:closed:#FFFFFF:#FFFFFF:128:#00FF00\n");
+  ASSERT_EQ(Run({"library", "show", "1", "-o", dir / "strip.gif"}).code, kExitOk);
+  EXPECT_EQ(Decode(dir / "strip.gif").frames.size(), 1u);
+  ASSERT_EQ(Run({"library", "remove", "0"}).code, kExitOk);
+  EXPECT_EQ(Run({"library", "list"}).out, "0  fountain:closed:#FFFFFF:#FFFFFF:128:#00FF00\n");
+  EXPECT_EQ(Run({"library", "show", "5"}).code, kExitUsage);
+  EXPECT_EQ(Run({"library", "list", "sideways"}).code, kExitUsage);
 }
 
 TEST_F(CliTest, ExplicitConfigFileIsReadAndMustExistUnlessSaved) {
