@@ -181,7 +181,7 @@ bool HyperspaceRecord::Build(const ParamReader& reader, Random& random) {
   m_stars = AllocBuffer<HyperStar>(size_t(std::max(m_count, 1)));
   if (!m_stars) return false;
   // One pick for all layers: its previous-pick memory runs across them.
-  ColourPick pick(m_paints.Indices());
+  ColourPick pick(m_paints.count());
   HyperStar* star = m_stars.get();
   for (int l = 0; l < 4; ++l) {
     for (int32_t i = 0; i < density * kLayers[l].count_halves / 2; ++i, ++star) {

@@ -17,15 +17,6 @@
 
 namespace tess {
 
-// A colour image painted through a grey mask (its blue byte, scaled by
-// opacity / 255 below 255) with its top-left corner at (x, y), wrapping
-// around the target's edges: mask pixel (sx, sy) mixes paint pixel (sx, sy)
-// into the target as c * a / 255 + d * (255 - a) / 255, the two terms divided
-// separately, exactly as MaskBlendWrap mixes its one colour. The paint must be
-// at least the mask's size; target, mask and paint are 24-bit.
-void PaintMaskBlendWrap(ImageBlock& target, const ImageBlock& mask, const ImageBlock& paint,
-                        int32_t x, int32_t y, int opacity);
-
 class SlotPaints {
  public:
   // A slot's paint at one sprite size: its flat colour, or the index of its
@@ -35,17 +26,13 @@ class SlotPaints {
     int32_t image = -1;  // -1: paint the flat colour
   };
 
-  // Color 1, then colours 2..5 whose Enable box is checked: the order
-  // CollectColours gives, so ColourPick over Indices() picks what it would.
+  // Color 1, then colours 2..5 whose Enable box is checked (CollectFills):
+  // a ColourPick over count() picks slots in this order.
   // Throws std::bad_alloc when memory is short.
   static SlotPaints Collect(const ParamReader& reader, const int (&colour_ids)[5],
                             const int (&enable_ids)[4]);
 
   int32_t count() const { return static_cast<int32_t>(m_fills.size()); }
-  // 0, 1, ..., count() - 1 as colour values: a ColourPick over this list
-  // draws exactly what one over the slots' colours draws, and yields slots.
-  std::vector<Colour> Indices() const;
-
   // The paint of `slot` for sprites of width x height, rendering the fill
   // the first time a size is asked for. False when memory is short. May
   // throw std::bad_alloc.

@@ -321,7 +321,7 @@ bool SnowRecord::Build(const ParamReader& reader, Random& random) {
   m_flakes = AllocBuffer<SnowFlake>(size_t(std::max(m_count, 1)));
   if (!m_flakes) return false;
   // One pick for all layers: its previous-pick memory runs across them.
-  ColourPick pick(m_paints.Indices());
+  ColourPick pick(m_paints.count());
   std::vector<int32_t> slots(size_t(std::max(m_count, 1)));
   SnowFlake* f = m_flakes.get();
   for (int l = 0; l < 4; ++l) {

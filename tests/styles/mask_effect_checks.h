@@ -28,7 +28,7 @@ namespace tess::testing {
 struct EffectSetup {
   int style = 0;
   Settings settings;
-  FillStore fills;
+  PageRecords records;
 
   explicit EffectSetup(int number) : style(number) {}
   EffectSetup& Set(std::string_view param, int32_t value) {
@@ -40,12 +40,12 @@ struct EffectSetup {
     FillDescriptor fill;
     std::string error;
     EXPECT_TRUE(ParseFill(text, fill, error)) << error;
-    fills.Put(PageControlId(style, 10 + slot), fill);
+    records.fills.Put(PageControlId(style, 10 + slot), fill);
     return Set("FillColor" + std::to_string(slot),
                static_cast<int32_t>(fill.kind << 24 | fill.colour));
   }
   int32_t Get(std::string_view param) const { return settings.StyleNumber(style, param); }
-  SettingsReader Reader() const { return SettingsReader(settings, *StyleByNumber(style), &fills); }
+  SettingsReader Reader() const { return SettingsReader(settings, *StyleByNumber(style), &records); }
   std::unique_ptr<StyleRecord> Init() const {
     Random random;
     return StyleByNumber(style)->init(Reader(), random);
