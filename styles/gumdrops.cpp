@@ -406,14 +406,15 @@ bool GumdropsRecord::MakeMaps() {
   if (!m_options.cache_maps) return true;
 
   // Only the steps some drop shows on some frame. When a drop turns at most
-  // one step per frame it passes every step of its shape.
+  // one step per frame it passes every step of its shape (a round drop's one
+  // step included), so only fast turns on short loops need the frames walked.
   std::vector<uint8_t> needed(static_cast<size_t>(total));
   for (int32_t i = 0; i < m_count; ++i) {
     const Gumdrop& drop = m_drops[i];
     const DropShape shape = ShapeOf(drop);
     const int32_t steps = Steps(shape, drop.layer);
     uint8_t* mark = needed.data() + m_map_base[Index(shape)][drop.layer];
-    if (steps > 1 && int64_t{std::abs(drop.tumble)} * steps <= m_frames) {
+    if (int64_t{std::abs(drop.tumble)} * steps <= m_frames) {
       std::fill(mark, mark + steps, uint8_t{1});
       continue;
     }
