@@ -5,6 +5,7 @@
 #include <new>
 
 #include "controls/control_kinds.h"
+#include "controls/fill_line.h"
 #include "dialog/dialog_pages.h"
 #include "shell/strings.h"
 #include "styles/style_table.h"
@@ -42,11 +43,8 @@ class SettingControl final : public DocumentControl {
   int32_t* m_slot;
 };
 
-// A fill button: its line carries the whole record in hexadecimal; its
-// setting mirrors the record's kind and colour. A record that arrives from a
-// document keeps this control's own pattern-file path, so a document can
-// never choose where a file is written. An older document's plain colour
-// becomes a Simple fill of that colour.
+// A fill button: its line is the record's (controls/fill_line.h); its
+// setting mirrors the record's kind and colour.
 class FillControl final : public DocumentControl {
  public:
   FillControl(const PageControl& control, FillStore& fills, int32_t* slot)
@@ -56,24 +54,14 @@ class FillControl final : public DocumentControl {
   std::string_view LegacyTag() const override { return KindRules(m_control).legacy_tag; }
 
   std::string ValueText() const override {
-    FillBytes bytes = SerializeFillDescriptor(Current());
-    return HexEncode(bytes);
+    FillDescriptor record = Current();
+    return FillLine(m_control.id, record).ValueText();
   }
-  // A payload that is not 854 bytes of hexadecimal is taken and changes nothing.
   bool TakeValue(std::string_view value) override {
-    Buffer<uint8_t> bytes = HexDecode(value, kFillDescriptorSize);
-    FillDescriptor record;
-    if (!bytes || !ParseFillDescriptor(bytes.get(), kFillDescriptorSize, record)) return true;
-    SetFillPath(record, FillPath(Current()));
-    Store(record);
-    return true;
+    return Take([&](FillLine& line) { return line.TakeValue(value); });
   }
   bool TakeLegacyValue(std::string_view value) override {
-    FillDescriptor record = Current();
-    record.kind = kFillSimple;
-    record.colour = ColourTextValue(value) & 0xFFFFFFu;
-    Store(record);
-    return true;
+    return Take([&](FillLine& line) { return line.TakeLegacyValue(value); });
   }
 
  private:
@@ -87,6 +75,14 @@ class FillControl final : public DocumentControl {
     FillDescriptor record;
     record.colour = static_cast<Colour>(*m_slot) & 0xFFFFFFu;
     return record;
+  }
+  template <class Taking>
+  bool Take(Taking taking) {
+    FillDescriptor record = Current();
+    FillLine line(m_control.id, record);
+    bool taken = taking(line);
+    if (line.changed()) Store(record);
+    return taken;
   }
   void Store(const FillDescriptor& record) {
     m_fills.Put(m_control.id, record);

@@ -14,7 +14,7 @@ constexpr int Id(int n) { return PageControlId(kNumber, n); }
 constexpr std::array kPage = {
     Spin(Id(kFramesControl), kLeft, 0, "Frames:", "Frames", {2, 32760, 64}),
     Picker(Id(kScrollControl), kLeft, 1, "Scroll", PickerClass::kScroll4, 1),
-    Spin(Id(kFirstOwnControl), kLeft, 2, "Resize:", "Resize", {10, 100, 50}),
+    Spin(Id(kFirstOwnControl), kLeft, 5, "Resize:", "Resize", {10, 100, 50}),
     Matrix(Id(kFirstOwnControl + 1), kRight, 0),
 };
 

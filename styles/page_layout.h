@@ -1,7 +1,8 @@
 // How a settings page is laid out and numbered. Pages are a two-column grid in
 // dialog units (rows every 14 units, controls 12 high, at most ten rows, about
-// 210 x 150); every control sits in one cell and the label of a control that
-// needs one stands left of it in the same cell. Control numbers follow one rule
+// 210 x 150); every control sits in one cell (a direction picker spans the
+// rows its cells need) and the label of a control that needs one stands left
+// of it in the same cell. Control numbers follow one rule
 // across all twenty pages so that front ends and effects can name them alike.
 //
 // Sections: control numbers · grid · control builders · background queries.
@@ -68,10 +69,36 @@ struct Place {
   int16_t x, y, w, h;
 };
 
-// Where the shell puts the static label of a control whose kind has one.
+// Where the shell puts the static label of a control whose kind has one: from
+// the column's label edge to 2 units before the control, as tall as it.
 constexpr Place LabelPlace(const PageControl& c) {
   int col = c.x >= kLabelX[kRight] ? kRight : kLeft;
-  return {kLabelX[col], c.y, static_cast<int16_t>(kControlX[col] - 2 - kLabelX[col]), c.h};
+  return {kLabelX[col], c.y, static_cast<int16_t>(c.x - 2 - kLabelX[col]), c.h};
+}
+
+// Dialog units that cover `pixels` at the dialog's font, rounded up. 8-point
+// MS Shell Dlg has base units of at least 6 x 13 pixels (Wine's substitute
+// font gives 7 x 13), so 2 units across are at least 3 pixels and 8 units
+// down 13: counting with the smallest units leaves room at every size.
+constexpr int16_t UnitsAcross(int pixels) { return static_cast<int16_t>((pixels * 2 + 2) / 3); }
+constexpr int16_t UnitsDown(int pixels) { return static_cast<int16_t>((pixels * 8 + 12) / 13); }
+
+// Pickers draw fixed 25-pixel cells, so their windows are made at their
+// cells' size in pixels; a page gives them at least that room. The two-way
+// class is one row of two cells, the two-axis one the top-left 2 x 2 of the
+// grid, the others the whole 3 x 3 grid.
+constexpr int32_t kPickerCellPixels = 25;
+struct PixelSize {
+  int32_t w, h;
+};
+constexpr PixelSize PickerPixels(PickerClass picker) {
+  switch (picker) {
+    case PickerClass::kScroll2: return {2 * kPickerCellPixels, kPickerCellPixels};
+    case PickerClass::kScrollHV: return {2 * kPickerCellPixels, 2 * kPickerCellPixels};
+    case PickerClass::kShadow:
+    case PickerClass::kScroll4: break;
+  }
+  return {3 * kPickerCellPixels, 3 * kPickerCellPixels};
 }
 
 // ---------------------------------------------------------------- control builders
@@ -106,11 +133,15 @@ constexpr PageControl DropDown(int id, Column col, int row, const char* label, c
   return InCell(id, ControlKind::kDropDown, col, row, label, key, CellRest(col), {}, items);
 }
 
-// A direction picker of class `picker`; `def` is the cell a fresh page selects.
+// A direction picker of class `picker`, flush with the column's right end,
+// from `row` down over as many rows as its cells need; `def` is the cell a
+// fresh page selects.
 constexpr PageControl Picker(int id, Column col, int row, const char* key, PickerClass picker,
                              int32_t def) {
-  PageControl c = InCell(id, ControlKind::kPicker, col, row, "Scroll:", key, CellRest(col),
-                         {0, 0, def});
+  PixelSize pixels = PickerPixels(picker);
+  int16_t w = UnitsAcross(pixels.w), h = UnitsDown(pixels.h);
+  PageControl c{id,  ControlKind::kPicker, "Scroll:", key, {0, 0, def}, {},
+                static_cast<int16_t>(kColumnEnd[col] - w), RowY(row), w, h};
   c.picker = picker;
   return c;
 }
@@ -127,9 +158,14 @@ constexpr PageControl ColourButton(int id, Column col, int row, const char* labe
                                    const char* key) {
   return InCell(id, ControlKind::kColourButton, col, row, label, key, kButtonWidth);
 }
+// Fill buttons are wider than colour buttons: the menu-arrow strip takes 16
+// pixels beside the swatch. They end where a colour button of the cell ends.
+constexpr int16_t kFillButtonWidth = 32;
 constexpr PageControl FillButton(int id, Column col, int row, const char* label,
                                  const char* key) {
-  return InCell(id, ControlKind::kFillButton, col, row, label, key, kButtonWidth);
+  PageControl c = InCell(id, ControlKind::kFillButton, col, row, label, key, kFillButtonWidth);
+  c.x = static_cast<int16_t>(kControlX[col] + kButtonWidth - kFillButtonWidth);
+  return c;
 }
 
 constexpr PageControl Background(int style, Column col, int row) {

@@ -19,7 +19,7 @@ constexpr std::array kPage = {
     Spin(Id(kSizeControl), kLeft, 0, "Size:", "Size", {16, 1024, 128}),
     Spin(Id(kFramesControl), kLeft, 1, "Frames:", "Frames", {2, 32760, 64}),
     Picker(Id(kScrollControl), kLeft, 2, "Scroll", PickerClass::kScroll2, 1),
-    DropDown(Id(kFirstOwnControl), kLeft, 3, "Shape:", "Shape", kShapes),
+    DropDown(Id(kFirstOwnControl), kLeft, 4, "Shape:", "Shape", kShapes),
     Fountain(306, kRight, 0),
 };
 

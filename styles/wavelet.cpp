@@ -19,7 +19,8 @@ constexpr std::array kPage = Join(
         Spin(Id(kFirstOwnControl), kLeft, 5, "Amplitude:", "Amplitude", {0, 100, 75}),
         Spin(Id(kFirstOwnControl + 1), kLeft, 6, "Glare:", "Glare", {0, 255, 160}),
         Spin(Id(kFirstOwnControl + 2), kLeft, 7, "Shade:", "Shade", {0, 255, 70}),
-        Picker(Id(kScrollControl), kLeft, 8, "Scroll", PickerClass::kScroll4, 1),
+        // Eight number rows fill the left column: the picker goes under the colours.
+        Picker(Id(kScrollControl), kRight, 6, "Scroll", PickerClass::kScroll4, 1),
         Background(kNumber, kRight, 0),
     },
     ColourRows(kNumber, 1));

@@ -183,6 +183,10 @@ void OnButtonDown(const PickerKind& kind, HWND hwnd, LPARAM lparam) {
   UpdateWindow(hwnd);
   SetWindowTextA(hwnd, state.text().c_str());
   if (block->target) *block->target = block->value;
+  // The parent learns of every click the way it learns of a fill button's
+  // change, so one handler redraws what depends on either.
+  PostMessageA(GetParent(hwnd), kMsgChangeNotice, static_cast<WPARAM>(block->value),
+               reinterpret_cast<LPARAM>(hwnd));
 }
 
 // The only place a block is freed. The variable is tested although every

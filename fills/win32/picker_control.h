@@ -28,6 +28,8 @@ namespace tess::win32 {
 // when memory is short (the control then stays uninitialised).
 // kMsgSyncFromText: the value becomes the control's window text read as an
 // integer.
+// kMsgChangeNotice: posted to the parent after every click on an initialised
+// picker (outside the cells too): wParam the value, lParam the picker.
 
 // Registers all four classes for `instance`, whose module must hold the
 // glyph bitmaps (resources/pickers.rc). False, with none left registered,

@@ -48,6 +48,7 @@ using Brush = GdiObject<HBRUSH>;
 using Font = GdiObject<HFONT>;
 using Bitmap = GdiObject<HBITMAP>;
 using Region = GdiObject<HRGN>;
+using Pen = GdiObject<HPEN>;
 
 // Selects an object into a DC for one scope and puts the previous one back,
 // so an object is never deleted while selected.

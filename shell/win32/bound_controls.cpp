@@ -9,6 +9,7 @@
 #include <limits>
 #include <new>
 
+#include "platform/win32/owner_draw.h"
 #include "shell/strings.h"
 
 namespace tess::win32 {
@@ -221,24 +222,6 @@ void ColourButtonControl::ShowSetting() {
   if (m_slot) Show(static_cast<uint32_t>(*m_slot));
 }
 
-// A push-button face with the colour inside; the focus rectangle goes
-// around the swatch.
-void ColourButtonControl::Draw(const DRAWITEMSTRUCT& item) {
-  RECT face = item.rcItem;
-  UINT state = DFCS_BUTTONPUSH | ((item.itemState & ODS_SELECTED) ? DFCS_PUSHED : 0u);
-  DrawFrameControl(item.hDC, &face, DFC_BUTTON, state);
-  RECT swatch = face;
-  InflateRect(&swatch, -4, -4);
-  if (item.itemState & ODS_SELECTED) OffsetRect(&swatch, 1, 1);
-  Colour colour = (item.itemState & ODS_DISABLED) ? GetSysColor(COLOR_3DFACE) : Value() & 0x00FFFFFFu;
-  Brush brush(CreateSolidBrush(colour));
-  if (brush) FillRect(item.hDC, &swatch, brush.get());
-  FrameRect(item.hDC, &swatch, GetSysColorBrush(COLOR_BTNSHADOW));
-  if (item.itemState & ODS_FOCUS) {
-    RECT focus = swatch;
-    InflateRect(&focus, 2, 2);
-    DrawFocusRect(item.hDC, &focus);
-  }
-}
+void ColourButtonControl::Draw(const DRAWITEMSTRUCT& item) { DrawColourButtonFace(item, Value()); }
 
 }  // namespace tess::win32

@@ -57,8 +57,8 @@ class BoundControl : public DocumentControl {
   // Spin fields: the sample waits for a pause in typing.
   virtual bool IsSpinField() const { return false; }
   // Kinds without a document tag ignore the document messages.
-  bool InDocuments() const { return !KindRules(m_control).tag.empty(); }
-  std::string_view Tag() const override { return KindRules(m_control).tag; }
+  bool InDocuments() const { return TakesPartInDocuments(m_control); }
+  std::string_view Tag() const override { return DocumentTag(m_control); }
 
   const PageControl& control() const { return m_control; }
   // The main dialog's Delay takes its range from the host after binding.
@@ -96,9 +96,7 @@ class CheckBoxControl final : public BoundControl {
 };
 
 // "SPNBTN": a number field with its up-down (the field's id + 10000); the
-// setting takes the value clamped to the declared range. Direction pickers
-// are edited this way until their own controls exist; their kind has no tag
-// yet, so they take no part in documents.
+// setting takes the value clamped to the declared range.
 class SpinControl final : public BoundControl {
  public:
   SpinControl(Reporter& reporter, const PageControl& control, int32_t* slot)
@@ -151,6 +149,8 @@ class DropDownControl final : public BoundControl {
 };
 
 // Asks someone (the host) for a new colour; false when none was chosen.
+// Fill buttons and their editors ask through fills/win32's FillColourChooser,
+// which also names the window the chooser belongs to.
 using ColourChooser = std::function<bool(Colour& colour)>;
 
 // "CLRBTN": an owner-drawn button showing its colour, which its window text

@@ -50,17 +50,20 @@ DocumentControl* DialogDocument::FindControl(int number) {
   if (!child) return nullptr;
   // The control tells its tag the way it tells its line: by taking the
   // write request. Windows that do not take part stay silent.
-  std::string_view tag;
-  std::function<void(const DocumentControl&)> ask = [&](const DocumentControl& c) { tag = c.Tag(); };
+  std::string_view tag, legacy_tag;
+  std::function<void(const DocumentControl&)> ask = [&](const DocumentControl& c) {
+    tag = c.Tag();
+    legacy_tag = c.LegacyTag();
+  };
   DocumentLineRequest request{&ask};
   SendMessageA(child, kMsgWriteDocumentLine, 0, reinterpret_cast<LPARAM>(&request));
   if (tag.empty()) return nullptr;
-  m_child.Reset(child, number, tag);
+  m_child.Reset(child, number, tag, legacy_tag);
   return &m_child;
 }
 
-bool DialogDocument::ChildLine::TakeValue(std::string_view value) {
-  std::string line = FormatControlLine(m_tag, m_number, value);
+bool DialogDocument::ChildLine::Forward(std::string_view tag, std::string_view value) {
+  std::string line = FormatControlLine(tag, m_number, value);
   return SendMessageA(m_child, kMsgReadDocumentLine, 0, reinterpret_cast<LPARAM>(line.c_str())) != 0;
 }
 

@@ -34,20 +34,26 @@ class DialogDocument final : public DocumentTarget {
   // the line back in its one form.
   class ChildLine final : public DocumentControl {
    public:
-    void Reset(HWND child, int number, std::string_view tag) {
+    void Reset(HWND child, int number, std::string_view tag, std::string_view legacy_tag) {
       m_child = child;
       m_number = number;
       m_tag = tag;
+      m_legacy_tag = legacy_tag;
     }
     std::string_view Tag() const override { return m_tag; }
     int Number() const override { return m_number; }
     std::string ValueText() const override { return {}; }
-    bool TakeValue(std::string_view value) override;
+    bool TakeValue(std::string_view value) override { return Forward(m_tag, value); }
+    // A fill button also takes the colour lines of older documents.
+    std::string_view LegacyTag() const override { return m_legacy_tag; }
+    bool TakeLegacyValue(std::string_view value) override { return Forward(m_legacy_tag, value); }
 
    private:
+    bool Forward(std::string_view tag, std::string_view value);
     HWND m_child = nullptr;
     int m_number = 0;
-    std::string_view m_tag;
+    std::string_view m_tag;         // tags are constants, never a window's text
+    std::string_view m_legacy_tag;
   };
 
   HWND m_dialog;

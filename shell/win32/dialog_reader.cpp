@@ -7,6 +7,8 @@
 #include <string>
 
 #include "controls/control_kinds.h"
+#include "fills/win32/fill_button.h"
+#include "fills/win32/picker_control.h"
 #include "styles/style_table.h"
 
 namespace tess::win32 {
@@ -37,13 +39,21 @@ int32_t DialogParamReader::Spin(int id) const {
   return ValueOfText(c ? *c : kUndeclared, TextOf(field));
 }
 
-int32_t DialogParamReader::Picker(int id) const { return Spin(id); }
+int32_t DialogParamReader::Picker(int id) const { return GetPickerValue(m_dialog, id); }
+
+FillDescriptor DialogParamReader::Fill(int id) const {
+  FillDescriptor record;
+  if (GetFillButtonRecord(m_dialog, id, record)) return record;
+  return ParamReader::Fill(id);
+}
 
 bool DialogParamReader::Checked(int id) const {
   return IsDlgButtonChecked(m_dialog, id) == BST_CHECKED;
 }
 
 Colour DialogParamReader::ColourValue(int id) const {
+  FillDescriptor record;
+  if (GetFillButtonRecord(m_dialog, id, record)) return record.colour & 0x00FFFFFFu;
   return ColourTextValue(TextOf(GetDlgItem(m_dialog, id))) & 0x00FFFFFFu;
 }
 

@@ -33,12 +33,16 @@ class DialogParamReader final : public ParamReader {
   int32_t Spin(int id) const override;
   // False for a missing control, such as 35, which the template leaves out.
   bool Checked(int id) const override;
-  // The colour button's text as a colour, low 24 bits.
+  // A fill button's Simple colour, else the colour button's text as a
+  // colour; low 24 bits.
   Colour ColourValue(int id) const override;
   // The drop-down's selected index, -1 for none, 0 for a missing control.
   int32_t Selection(int id) const override;
-  // Direction pickers are number fields for now: read as Spin.
+  // The picker's value (fills/win32/picker_control.h), 0 without one.
   int32_t Picker(int id) const override;
+  // The fill button's record as it stands; a Simple fill of ColourValue
+  // without an initialised fill button.
+  FillDescriptor Fill(int id) const override;
 
  private:
   const PageControl* Declaration(int id) const;

@@ -20,6 +20,8 @@
 #include "dialog/sample_view.h"
 #include "dialog/settings_document.h"
 #include "driver/build_driver.h"
+#include "fills/win32/fill_button.h"
+#include "fills/win32/picker_control.h"
 #include "output/palette.h"
 #include "shell/config_file.h"
 #include "shell/help.h"
@@ -129,6 +131,7 @@ class MainDialog {
   static void OnTimer(HWND hwnd, UINT id) { Self(hwnd)->Tick(id); }
   static void OnDrawItem(HWND hwnd, const DRAWITEMSTRUCT* item) { Self(hwnd)->DrawItem(*item); }
   static void OnDestroy(HWND hwnd) { Self(hwnd)->Closing(); }
+  static void OnNCDestroy(HWND hwnd) { Self(hwnd)->Closed(); }
 
   // Set-up, in the order the steps depend on each other.
   BOOL InitDialog();
@@ -169,7 +172,8 @@ class MainDialog {
 
   // Builds and host requests.
   void Build(BuildMode mode);
-  bool ChooseColour(Colour& colour);
+  bool ChooseColour(HWND owner, Colour& colour);
+  void ShowHelpFor(HWND owner, std::string_view anchor);
 
   // Documents.
   void OpenDocument();
@@ -177,6 +181,7 @@ class MainDialog {
   void SaveDocumentAs();
 
   void Closing();
+  void Closed();
 
   BoundControl* BoundFor(HWND control) const;
   const PageControl& Declared(int id) const;
@@ -340,7 +345,13 @@ bool MainDialog::CreatePages() {
   context.origin = kPageOrigin;
   context.settings = &m_settings;
   context.reporter = &m_reporter;
-  context.choose_colour = [this](Colour& colour) { return ChooseColour(colour); };
+  context.choose_colour = [this](Colour& colour) { return ChooseColour(m_hwnd, colour); };
+  context.fill_links.choose_colour = [this](HWND owner, Colour& colour) {
+    return ChooseColour(owner, colour);
+  };
+  context.fill_links.show_help = [this](HWND owner, std::string_view anchor) {
+    ShowHelpFor(owner, anchor);
+  };
   for (const StyleEntry& style : StyleTable()) {
     ComboBox_AddString(effects, style.name);
     if (!CreatePage(context, style, m_controls)) return false;
@@ -385,6 +396,7 @@ INT_PTR MainDialog::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_TIMER: HANDLE_WM_TIMER(m_hwnd, wparam, lparam, OnTimer); return TRUE;
     case WM_DRAWITEM: HANDLE_WM_DRAWITEM(m_hwnd, wparam, lparam, OnDrawItem); return TRUE;
     case WM_DESTROY: HANDLE_WM_DESTROY(m_hwnd, wparam, lparam, OnDestroy); return TRUE;
+    case WM_NCDESTROY: HANDLE_WM_NCDESTROY(m_hwnd, wparam, lparam, OnNCDestroy); return FALSE;
     case kMsgShowPage: ShowSelectedPage(); return TRUE;
     case kMsgChangeNotice:
       RedrawSample();
@@ -576,17 +588,25 @@ void MainDialog::Build(BuildMode mode) {
   RunBuild(context, mode);
 }
 
-bool MainDialog::ChooseColour(Colour& colour) {
+// `owner` is the window the host's chooser belongs to: the dialog, a fill
+// button or the gradient editor.
+bool MainDialog::ChooseColour(HWND owner, Colour& colour) {
   uint8_t swatches[kPaletteBytes];
   BuildFixedPalette(swatches, nullptr, kColourPickerPalette);
   ColourPickerRecord request = MakeColourPickerRecord();
   request.palette = reinterpret_cast<HostHandle>(swatches);
   request.bits = 24;
   request.colour = colour;
-  request.owner = reinterpret_cast<HostHandle>(m_hwnd);
+  request.owner = reinterpret_cast<HostHandle>(owner);
   if (m_service.Call(0, kHostChooseColour, 0, &request) == 0) return false;
   colour = request.colour & 0x00FFFFFFu;
   return true;
+}
+
+// The fill editors' Help: a failure is told over the editor that asked.
+void MainDialog::ShowHelpFor(HWND owner, std::string_view anchor) {
+  MessageBoxReporter reporter(owner);
+  ShowHelp(&m_help, reporter, anchor);
 }
 
 // ---------------------------------------------------------------- documents
@@ -623,8 +643,12 @@ void MainDialog::Closing() {
   m_emblem_timer.Stop();
   // Subclasses go while their windows still exist.
   m_controls.clear();
-  WriteSettings(ConfigFilePath(m_platform), m_settings, m_platform);
 }
+
+// Children are destroyed after their dialog's WM_DESTROY: only now has every
+// picker written its value back (a value read from a document reaches its
+// setting only then) and every fill button saved its pattern file.
+void MainDialog::Closed() { WriteSettings(ConfigFilePath(m_platform), m_settings, m_platform); }
 
 }  // namespace
 
@@ -634,7 +658,11 @@ INT_PTR RunMainDialog(HINSTANCE instance, HWND parent, const HostRecord* host) {
   try {
     INITCOMMONCONTROLSEX controls{sizeof controls, ICC_UPDOWN_CLASS | ICC_STANDARD_CLASSES};
     InitCommonControlsEx(&controls);
+    // Registered for this run of the dialog only, and gone before the module
+    // can be unloaded.
     EmblemClass emblem(instance);
+    PickerClasses pickers(instance);
+    FillButtonClass fill_buttons(instance);
     MainDialog dialog(instance, host);
     return DialogBoxParamA(instance, MAKEINTRESOURCEA(kMainDialogId), parent,
                            &DialogTrampoline<MainDialog>, reinterpret_cast<LPARAM>(&dialog));

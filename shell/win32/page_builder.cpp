@@ -4,7 +4,12 @@
 
 #include <windowsx.h>
 
+#include <algorithm>
+#include <string>
+
 #include "dialog/dialog_pages.h"
+#include "fills/picker.h"
+#include "fills/win32/fill_button.h"
 
 namespace tess::win32 {
 namespace {
@@ -40,6 +45,9 @@ WindowTemplate TemplateFor(const PageWindow& w, const std::string& spin_text) {
       return {"BUTTON", BS_OWNERDRAW | WS_TABSTOP, 0, "0"};
     case PageWindowRole::kComboBox:
       return {"COMBOBOX", CBS_DROPDOWNLIST | WS_VSCROLL | WS_TABSTOP, 0, ""};
+    case PageWindowRole::kFillButton: return {kFillButtonClassName, 0, 0, ""};
+    // Its window text is its value, set when it is initialised.
+    case PageWindowRole::kPicker: return {PickerKindOf(c.picker).tag, 0, 0, ""};
     case PageWindowRole::kPlaceholder:
       return {"BUTTON", BS_PUSHBUTTON | WS_DISABLED, 0, "Default"};
     case PageWindowRole::kText:
@@ -48,8 +56,20 @@ WindowTemplate TemplateFor(const PageWindow& w, const std::string& spin_text) {
   return {"STATIC", SS_LEFT | SS_NOPREFIX, 0, c.label};
 }
 
+// The pixels a picker's cells cover from its top-left corner.
+SIZE PickerPixels(const PickerKind& kind) {
+  SIZE size{0, 0};
+  for (const PickerCell& cell : kind.cells) {
+    size.cx = std::max<LONG>(size.cx, cell.rect.right);
+    size.cy = std::max<LONG>(size.cy, cell.rect.bottom);
+  }
+  return size;
+}
+
 // A number field and its up-down share the declared cell: the up-down takes
-// a scroll bar's width at its right end.
+// a scroll bar's width at its right end. A picker's cells have a fixed size
+// in pixels, whatever the font: it is made exactly that size at the declared
+// corner (the page leaves it at least that room).
 RECT PixelRect(const PageBuildContext& context, const PageWindow& w) {
   RECT r{context.origin.x + w.x, context.origin.y + w.y, context.origin.x + w.x + w.w,
          context.origin.y + w.y + w.h};
@@ -58,6 +78,11 @@ RECT PixelRect(const PageBuildContext& context, const PageWindow& w) {
   if (w.role == PageWindowRole::kComboBox) r.bottom += kDropDownExtraPixels;
   if (w.role == PageWindowRole::kEdit) r.right -= arrows;
   if (w.role == PageWindowRole::kUpDown) r.left = r.right - arrows;
+  if (w.role == PageWindowRole::kPicker) {
+    SIZE cells = PickerPixels(PickerKindOf(w.control->picker));
+    r.right = r.left + cells.cx;
+    r.bottom = r.top + cells.cy;
+  }
   return r;
 }
 
@@ -109,6 +134,32 @@ std::unique_ptr<BoundControl> BindingFor(const PageBuildContext& context, const 
   }
 }
 
+// Pickers and fill buttons keep their setting up to date themselves, from
+// the address their initialisation hands them. False when one could not be
+// initialised (memory).
+bool InitialiseOwnWindow(const PageBuildContext& context, const StyleEntry& style,
+                         const PageControl& c) {
+  HWND hwnd = GetDlgItem(context.dialog, c.id);
+  int index = c.key ? StyleKeyIndex(style.number, c.key) : -1;
+  int32_t* slot = index >= 0 ? context.settings->NumberSlot(index) : nullptr;
+  if (KindRules(c).window == PageWindowRole::kPicker) {
+    int32_t value = slot ? ShownValue(c, *slot) : c.range.def;
+    SetWindowTextA(hwnd, NumberValueText(value).c_str());
+    return SendMessageA(hwnd, kMsgInitControl, static_cast<WPARAM>(static_cast<uint32_t>(value)),
+                        reinterpret_cast<LPARAM>(slot)) != 0;
+  }
+  FillButtonLinks links = context.fill_links;
+  links.setting = slot;
+  Colour colour = slot ? static_cast<Colour>(*slot) & 0xFFFFFFu : 0;
+  return SendMessageA(hwnd, kMsgInitControl, reinterpret_cast<WPARAM>(&links),
+                      static_cast<LPARAM>(colour)) != 0;
+}
+
+bool OwnsItsSetting(const PageControl& c) {
+  PageWindowRole role = KindRules(c).window;
+  return role == PageWindowRole::kPicker || role == PageWindowRole::kFillButton;
+}
+
 }  // namespace
 
 bool CreatePage(const PageBuildContext& context, const StyleEntry& style,
@@ -128,6 +179,10 @@ bool CreatePage(const PageBuildContext& context, const StyleEntry& style,
   // Fields are bound once their up-downs exist: a field reads its range
   // there. A field stored nowhere shows its spin default.
   for (const PageControl& c : style.page) {
+    if (OwnsItsSetting(c)) {
+      if (!InitialiseOwnWindow(context, style, c)) return false;
+      continue;
+    }
     std::unique_ptr<BoundControl> control = BindingFor(context, style, c);
     if (!control) {
       if (HWND updown = GetDlgItem(context.dialog, c.id + kUpDownIdOffset))

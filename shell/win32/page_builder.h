@@ -1,7 +1,10 @@
 // Settings pages inside the main dialog: every page's controls are created
 // from the style table's declarations as hidden children of the dialog (a
 // label and the control per entry, an up-down after each number field), in
-// the dialog's font, and bound to their settings.
+// the dialog's font, and bound to their settings. Standard controls are
+// bound by subclassing; fill buttons and direction pickers are windows of
+// their own classes (fills/win32), which must be registered first, and are
+// tied to their settings by their initialisation message.
 #pragma once
 
 #ifndef NOMINMAX
@@ -13,6 +16,7 @@
 #include <vector>
 
 #include "base/report.h"
+#include "fills/win32/fill_button.h"
 #include "shell/settings.h"
 #include "shell/win32/bound_controls.h"
 #include "styles/style.h"
@@ -27,6 +31,8 @@ struct PageBuildContext {
   Settings* settings = nullptr;
   Reporter* reporter = nullptr;
   ColourChooser choose_colour;
+  // Handed to every fill button with its own setting filled in.
+  FillButtonLinks fill_links;
 };
 
 // Creates one page's windows after every existing child of the dialog (the

@@ -3,6 +3,7 @@
 // every entry previews and builds the same frames.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <map>
@@ -162,6 +163,35 @@ TEST(StylePages, ControlsAndLabelsFitThePageWithoutOverlapping) {
             << style.name << ": " << boxes[i].second << " / " << boxes[j].second;
     }
   }
+}
+
+// Pickers are made at their cells' size in pixels; the page must leave them
+// that much room at the dialog font's 1.5 x 1.625 pixels per unit, or they
+// cover their neighbours. The layout's own pixel table must match the cells.
+TEST(StylePages, PickersHaveRoomForTheirCells) {
+  for (const PickerKind& kind : PickerKinds()) {
+    int32_t w = 0, h = 0;
+    for (const PickerCell& cell : kind.cells) {
+      w = std::max(w, cell.rect.right);
+      h = std::max(h, cell.rect.bottom);
+    }
+    page::PixelSize declared = page::PickerPixels(kind.picker_class);
+    EXPECT_EQ(declared.w, w) << kind.tag;
+    EXPECT_EQ(declared.h, h) << kind.tag;
+  }
+  int pickers = 0;
+  for (const StyleEntry& style : StyleTable())
+    for (const PageControl& c : style.page) {
+      if (c.kind != ControlKind::kPicker) continue;
+      ++pickers;
+      page::PixelSize need = page::PickerPixels(c.picker);
+      EXPECT_GE(c.w * 3, need.w * 2) << style.name;
+      EXPECT_GE(c.h * 13, need.h * 8) << style.name;
+      EXPECT_EQ(c.x + c.w, c.x >= page::kLabelX[page::kRight] ? page::kColumnEnd[page::kRight]
+                                                               : page::kColumnEnd[page::kLeft])
+          << style.name;
+    }
+  EXPECT_EQ(pickers, 5);
 }
 
 // Every effect that renders: the preview is the build's first frame whatever

@@ -16,6 +16,7 @@
 #include "dialog/settings_document.h"
 #include "platform/platform.h"
 #include "shell/config_file.h"
+#include "shell/paths.h"
 #include "shell/main_dialog_ids.h"
 #include "styles/style_table.h"
 
@@ -101,8 +102,9 @@ void DocumentLinesByMessage(Context& context) {
 }
 
 // A document the dialog saves is, byte for byte, the document the portable
-// settings document writes from the configuration the dialog then closes
-// with: the dialog and the command line read each other's files.
+// settings document writes from the configuration and the pattern files the
+// dialog then closes with: the dialog and the command line read each
+// other's files.
 void SavedDocumentMatchesTheSettings(Context& context) {
   const std::string document = context.folder + "\\from_dialog.ts1";
   const std::string expected = context.folder + "\\from_settings.ts1";
@@ -122,8 +124,16 @@ void SavedDocumentMatchesTheSettings(Context& context) {
   });
   Settings settings;
   Expect(ReadSettings(ConfigPath(context), settings, SystemPlatform()), "configuration unreadable");
+  // Fill buttons keep their records in their pattern files, which the dialog
+  // wrote as it closed: the settings document takes them from there.
+  FillStore fills;
+  for (const StyleEntry& style : StyleTable())
+    for (const PageControl& c : style.page)
+      if (c.kind == ControlKind::kFillButton)
+        fills.Put(c.id, CreateFillDescriptor(FillFilePath(SystemPlatform(), c.id), 0, true));
   RecordingReporter reporter;
-  Expect(SaveSettingsDocument(expected, settings, host.capabilities, reporter), "settings document not written");
+  Expect(SaveSettingsDocument(expected, settings, host.capabilities, reporter, &fills),
+         "settings document not written");
   std::string dialog_text = ReadFile(document), settings_text = ReadFile(expected);
   Expect(!dialog_text.empty(), "the dialog saved nothing");
   if (dialog_text == settings_text) return;

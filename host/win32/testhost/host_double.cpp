@@ -211,7 +211,11 @@ void HostDouble::CheckPicker(ColourPickerRecord& picker) {
     std::memcpy(swatches, reinterpret_cast<const void*>(picker.palette), sizeof swatches);
   }
   if (picker.bits != 24 || picker.unused16 != 0) Problem(call, "picker bits or zero field");
-  if (reinterpret_cast<HWND>(picker.owner) != m_dialog) Problem(call, "picker owner is not the dialog");
+  // The dialog, one of its controls (a fill button) or a box it owns (the
+  // gradient editor): the host's chooser must stay in front of the asker.
+  HWND owner = reinterpret_cast<HWND>(picker.owner);
+  if (!owner || GetAncestor(owner, GA_ROOTOWNER) != m_dialog)
+    Problem(call, "picker owner is not the dialog or a window of it");
   if (refuse != kHostChooseColour) picker.colour = chosen_colour;
 }
 

@@ -1,0 +1,30 @@
+// Fill lines. The colour of an older line is read the way a colour button
+// reads its text, so both kinds of line mean the same colour.
+#include "controls/fill_line.h"
+
+#include "controls/control_kinds.h"
+
+namespace tess {
+
+std::string FillLine::ValueText() const { return HexEncode(SerializeFillDescriptor(m_record)); }
+
+bool FillLine::TakeValue(std::string_view value) {
+  Buffer<uint8_t> bytes = HexDecode(value, kFillDescriptorSize);
+  FillDescriptor taken;
+  if (!bytes || !ParseFillDescriptor(bytes.get(), kFillDescriptorSize, taken)) return true;
+  // The path field of a record is always NUL-terminated, so it fits back.
+  SetFillPath(taken, FillPath(m_record));
+  taken.press_flags &= ~(kFillSwatchPressed | kFillArrowPressed);
+  m_record = taken;
+  m_changed = true;
+  return true;
+}
+
+bool FillLine::TakeLegacyValue(std::string_view value) {
+  m_record.kind = kFillSimple;
+  m_record.colour = ColourTextValue(value) & 0xFFFFFFu;
+  m_changed = true;
+  return true;
+}
+
+}  // namespace tess
