@@ -12,7 +12,8 @@
 // and with SSE2 arithmetic on 32-bit x86 (styles/CMakeLists.txt), so the same
 // settings give the same bytes on every platform.
 //
-// Sections: samples · shadow profile · paints · sprites · shadow layer.
+// Sections: samples · shadow profile · paints · sprites · shadow layer ·
+// frames.
 #include "styles/gloss.h"
 
 #include <algorithm>
@@ -20,6 +21,7 @@
 #include <cstring>
 #include <new>
 
+#include "draw/draw.h"
 #include "fills/fill_render.h"
 
 namespace tess {
@@ -301,10 +303,11 @@ GlossPlace GlossSprites::PlaceShadow(int64_t x, int64_t y) const {
 bool ShadowLayer::Init(int32_t width, int32_t height, Colour background, int opacity) {
   m_width = width;
   m_height = height;
+  m_opacity = std::clamp(opacity, 0, 255);
   m_used = false;
   m_cover = AllocBuffer<uint8_t>(static_cast<size_t>(width) * static_cast<size_t>(height));
   if (!m_cover) return false;
-  const unsigned op = static_cast<unsigned>(std::clamp(opacity, 0, 255));
+  const auto op = static_cast<unsigned>(m_opacity);
   const uint8_t bgr[3] = {ColourBlue(background), ColourGreen(background), ColourRed(background)};
   for (unsigned a = 0; a < 256; ++a) {
     // MaskBlendWrap's arithmetic with black ink: the ink term is 0.
@@ -351,6 +354,27 @@ ImageBlock ShadowLayer::Paint() const {
     for (int32_t x = 0; x < m_width; ++x, row += 3) std::memcpy(row, m_tone[cover[x]], 3);
   }
   return image;
+}
+
+// ---------------------------------------------------------------- frames
+
+ImageBlock GlossFrame(ShadowLayer& ground, std::span<const GlossItem> items,
+                      int32_t shadow_offset) {
+  ground.Clear();
+  if (ground.opacity() > 0) {
+    const int64_t offset = 4 * int64_t{shadow_offset};
+    for (const GlossItem& item : items) {
+      const GlossPlace at = item.sprites->PlaceShadow(item.x + offset, item.y + offset);
+      ground.Add(item.sprites->Shadow(at.phase), at.x, at.y);
+    }
+  }
+  ImageBlock frame = ground.Paint();
+  if (!frame) return frame;
+  for (const GlossItem& item : items) {
+    const GlossPlace at = item.sprites->Place(item.x, item.y);
+    AlphaBlitWrap(frame, item.sprites->Sprite(item.paint, at.phase), at.x, at.y);
+  }
+  return frame;
 }
 
 }  // namespace tess

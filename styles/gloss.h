@@ -9,7 +9,7 @@
 // at a higher resolution every frame. Every sprite and mask is made once per
 // build; frames only place them, with wrap-around.
 //
-// Sections: shapes and samples · paints · sprites · shadow layer.
+// Sections: shapes and samples · paints · sprites · shadow layer · frames.
 #pragma once
 
 #include <cstdint>
@@ -180,12 +180,31 @@ class ShadowLayer {
   // MaskBlendWrap blends; null when memory is short.
   ImageBlock Paint() const;
 
+  int opacity() const { return m_opacity; }
+
  private:
   int32_t m_width = 0;
   int32_t m_height = 0;
+  int m_opacity = 0;
   bool m_used = false;
   Buffer<uint8_t> m_cover;
   uint8_t m_tone[256][3] = {};  // blue, green, red for each coverage
 };
+
+// ---------------------------------------------------------------- frames
+
+// One element of a frame: its sprites, its paint and its shape's centre in
+// quarter pixels (any value: it is drawn with wrap-around).
+struct GlossItem {
+  const GlossSprites* sprites = nullptr;
+  int paint = 0;
+  int64_t x = 0;
+  int64_t y = 0;
+};
+
+// A frame of `items` on `ground`: the ground darkened by their shadows, cast
+// `shadow_offset` pixels right and down (none at opacity 0), then the items
+// in order. Null when memory is short.
+ImageBlock GlossFrame(ShadowLayer& ground, std::span<const GlossItem> items, int32_t shadow_offset);
 
 }  // namespace tess

@@ -24,7 +24,6 @@
 #include <algorithm>
 #include <new>
 
-#include "draw/draw.h"
 #include "styles/effects.h"
 #include "styles/page_layout.h"
 
@@ -277,28 +276,21 @@ void GridlockRecord::LayOut(const bool (&directions)[4], int32_t density, size_t
 
 // ---------------------------------------------------------------- frames
 
-ImageBlock GridlockRecord::RenderFrame(int k) {
-  m_ground.Clear();
-  if (m_shadow_opacity > 0) {
-    const int64_t offset = 4 * int64_t{m_shadow_offset};
-    for (const GridlockCar& car : m_cars) {
-      int64_t x, y;
-      Centre(car, k, x, y);
-      const GlossSprites& set = sprites(m_streets[static_cast<size_t>(car.street)].horizontal);
-      const GlossPlace at = set.PlaceShadow(x + offset, y + offset);
-      m_ground.Add(set.Shadow(at.phase), at.x, at.y);
-    }
-  }
-  ImageBlock frame = m_ground.Paint();
-  if (!frame) return frame;
+void GridlockRecord::Items(int k, std::vector<GlossItem>& items) const {
+  items.clear();
   for (const GridlockCar& car : m_cars) {
-    int64_t x, y;
-    Centre(car, k, x, y);
-    const GlossSprites& set = sprites(m_streets[static_cast<size_t>(car.street)].horizontal);
-    const GlossPlace at = set.Place(x, y);
-    AlphaBlitWrap(frame, set.Sprite(car.paint, at.phase), at.x, at.y);
+    GlossItem& item = items.emplace_back();
+    item.sprites = &m_sprites[m_streets[static_cast<size_t>(car.street)].horizontal ? 0 : 1];
+    item.paint = car.paint;
+    Centre(car, k, item.x, item.y);
   }
-  return frame;
+}
+
+ImageBlock GridlockRecord::RenderFrame(int k) try {
+  Items(k, m_items);
+  return GlossFrame(m_ground, m_items, m_shadow_offset);
+} catch (const std::bad_alloc&) {
+  return {};
 }
 
 // ---------------------------------------------------------------- entry

@@ -40,6 +40,8 @@ class GridlockRecord final : public StyleRecord {
 
   // The centre of `car` in frame k, quarter pixels, not yet wrapped.
   void Centre(const GridlockCar& car, int k, int64_t& x, int64_t& y) const;
+  // What frame k draws, in drawing order.
+  void Items(int k, std::vector<GlossItem>& items) const;
 
   const std::vector<GridlockStreet>& streets() const { return m_streets; }
   const std::vector<GridlockCar>& cars() const { return m_cars; }
@@ -52,7 +54,6 @@ class GridlockRecord final : public StyleRecord {
   // Streets per axis: columns of vertical streets, rows of horizontal ones.
   int32_t columns() const { return m_columns; }
   int32_t rows() const { return m_rows; }
-  const GlossSprites& sprites(bool horizontal) const { return m_sprites[horizontal ? 0 : 1]; }
   int32_t shadow_offset() const { return m_shadow_offset; }
   int32_t shadow_opacity() const { return m_shadow_opacity; }
   Colour background() const { return m_background; }
@@ -77,6 +78,7 @@ class GridlockRecord final : public StyleRecord {
   std::vector<GridlockCar> m_cars;
   GlossSprites m_sprites[2];  // along horizontal streets, along vertical ones
   ShadowLayer m_ground;
+  std::vector<GlossItem> m_items;  // kept between frames to reuse its storage
 };
 
 }  // namespace tess

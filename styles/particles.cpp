@@ -15,7 +15,6 @@
 #include <algorithm>
 #include <new>
 
-#include "draw/draw.h"
 #include "styles/effects.h"
 #include "styles/page_layout.h"
 
@@ -136,28 +135,21 @@ bool ParticlesRecord::Build(const ParamReader& reader, Random& random) {
 
 // ---------------------------------------------------------------- frames
 
-ImageBlock ParticlesRecord::RenderFrame(int k) {
-  m_ground.Clear();
-  if (m_shadow_opacity > 0) {
-    const int64_t offset = 4 * int64_t{m_shadow_offset};
-    for (const Particle& p : m_particles) {
-      int64_t x, y;
-      Centre(p, k, x, y);
-      const GlossSprites& set = m_sprites[p.layer];
-      const GlossPlace at = set.PlaceShadow(x + offset, y + offset);
-      m_ground.Add(set.Shadow(at.phase), at.x, at.y);
-    }
-  }
-  ImageBlock frame = m_ground.Paint();
-  if (!frame) return frame;
+void ParticlesRecord::Items(int k, std::vector<GlossItem>& items) const {
+  items.clear();
   for (const Particle& p : m_particles) {
-    int64_t x, y;
-    Centre(p, k, x, y);
-    const GlossSprites& set = m_sprites[p.layer];
-    const GlossPlace at = set.Place(x, y);
-    AlphaBlitWrap(frame, set.Sprite(p.paint, at.phase), at.x, at.y);
+    GlossItem& item = items.emplace_back();
+    item.sprites = &m_sprites[p.layer];
+    item.paint = p.paint;
+    Centre(p, k, item.x, item.y);
   }
-  return frame;
+}
+
+ImageBlock ParticlesRecord::RenderFrame(int k) try {
+  Items(k, m_items);
+  return GlossFrame(m_ground, m_items, m_shadow_offset);
+} catch (const std::bad_alloc&) {
+  return {};
 }
 
 // ---------------------------------------------------------------- entry

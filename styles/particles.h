@@ -33,9 +33,10 @@ class ParticlesRecord final : public StyleRecord {
 
   // The centre of `p` in frame k, quarter pixels, not yet wrapped.
   void Centre(const Particle& p, int k, int64_t& x, int64_t& y) const;
+  // What frame k draws, in drawing order.
+  void Items(int k, std::vector<GlossItem>& items) const;
 
   const std::vector<Particle>& particles() const { return m_particles; }
-  const GlossSprites& sprites(int layer) const { return m_sprites[layer]; }
   int32_t width() const { return m_width; }
   int32_t height() const { return m_height; }
   int32_t shadow_offset() const { return m_shadow_offset; }
@@ -53,6 +54,7 @@ class ParticlesRecord final : public StyleRecord {
   std::vector<Particle> m_particles;
   GlossSprites m_sprites[3];
   ShadowLayer m_ground;
+  std::vector<GlossItem> m_items;  // kept between frames to reuse its storage
 };
 
 }  // namespace tess
