@@ -72,6 +72,7 @@ enum Direction { kGoUp, kGoDown, kGoLeft, kGoRight };
 // Clearance between a waiting block and the crossing street's blocks.
 constexpr int32_t kMargin = 1;
 
+// Between blocks queued behind one stop line.
 int32_t Gap(int32_t length) { return std::max(2, length / 5); }
 
 // Streets across a tile side `side`: as many as leave a block length plus a
@@ -183,8 +184,8 @@ bool GridlockRecord::Build(const ParamReader& reader, Random& random) {
   const GlossLight light{reader.Spin(Id(kGlareControl)), reader.Spin(Id(kShadeControl))};
   m_shadow_offset = reader.Spin(Id(kShadowOffsetControl));
   m_shadow_opacity = reader.Spin(Id(kShadowOpacityControl));
-  // About four frames a window at least: lights that change every frame
-  // would flicker.
+  // A light cycle about every 16 frames, so a green window lasts about eight:
+  // lights that changed every frame or two would flicker.
   m_cycles = std::max(1, m_frames / 16);
 
   bool directions[4];
