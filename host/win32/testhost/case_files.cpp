@@ -8,6 +8,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "shell/main_dialog_ids.h"
+
 namespace tess::testhost {
 
 std::string ConfigPath(const Context& context) {
@@ -52,6 +54,24 @@ void UseConfiguration(const Context& context, const std::map<std::string, std::s
     text += line + "\n";
   }
   WriteFile(ConfigPath(context), text);
+}
+
+void WithDialog(Context& context, HostDouble& host, const std::function<void(Session&, HWND)>& body) {
+  host.set_log(context.log);
+  Session session(context.plugin, host, context.shots);
+  session.Run(host.MakeRecord(true), [&](Session& s) {
+    HWND dialog = s.OpenDialog();
+    s.ui().Settle();
+    body(s, dialog);
+    if (IsWindow(dialog) && !s.WaitReturned(0)) {
+      s.ui().Click(dialog, kCancelButton);
+      Expect(s.WaitReturned(10000), "Cancel did not close the dialog");
+    }
+  });
+}
+
+void ExpectNoHostProblems(const HostDouble& host) {
+  if (!host.problems().empty()) Fail(host.problems().front());
 }
 
 }  // namespace tess::testhost

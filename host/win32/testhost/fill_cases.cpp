@@ -48,33 +48,8 @@ int ListIndex(int style_number) { return StyleListIndex(*StyleByNumber(style_num
 
 void HoldShift(bool held) { SetEnvironmentVariableA("TESSARINE_TEST_SHIFT", held ? "1" : nullptr); }
 
-// Opens the dialog, runs `body`, and presses Cancel unless the body closed it.
-void WithDialog(Context& context, HostDouble& host, const std::function<void(Session&, HWND)>& body) {
-  host.set_log(context.log);
-  Session session(context.plugin, host, context.shots);
-  session.Run(host.MakeRecord(true), [&](Session& s) {
-    HWND dialog = s.OpenDialog();
-    s.ui().Settle();
-    body(s, dialog);
-    if (IsWindow(dialog) && !s.WaitReturned(0)) {
-      s.ui().Click(dialog, kCancelButton);
-      Expect(s.WaitReturned(10000), "Cancel did not close the dialog");
-    }
-  });
-}
 
-template <class Predicate>
-bool Eventually(Predicate ready, int timeout_ms = 10000) {
-  for (int waited = 0; waited < timeout_ms; waited += 20) {
-    if (ready()) return true;
-    Sleep(20);
-  }
-  return ready();
-}
 
-void ExpectNoHostProblems(const HostDouble& host) {
-  if (!host.problems().empty()) Fail(host.problems().front());
-}
 
 std::string FillFile(const Context& context, int id) {
   char name[32];
