@@ -174,8 +174,9 @@ TEST(StyleEntries, PreviewIsTheBuildsFirstFrameAndTheBuildRendersEveryFrame) {
     reporting = !reporting;
     SCOPED_TRACE(style.name);
     Settings settings;
+    // Shaped Fountain's square tile has a Size instead of a Width and Depth.
     for (auto [key, value] : {std::pair{"Frames", 3}, {"Width", 37}, {"Depth", 29}})
-      settings.SetStyleNumber(style.number, key, value);
+      if (FindPageControlByKey(style, key)) settings.SetStyleNumber(style.number, key, value);
     SettingsReader reader(settings, style);
     Random random;
     ImageBlock preview = StylePreview(style, reader, random);
