@@ -3,7 +3,7 @@
 // order of preview and build that makes the preview equal to frame 0.
 //
 // Sections: reading settings · random generator ·
-// colour pick · style entries · preview and build.
+// colour pick · style entries · scrolling · preview and build.
 #pragma once
 
 #include <cstdint>
@@ -150,6 +150,16 @@ constexpr int kStyleCount = 20;
 
 // The entry with this display name (case-insensitive), or null.
 const StyleEntry* FindStyle(std::string_view name);
+
+// ---------------------------------------------------------------- scrolling
+
+// How far a scrolling effect has rolled a picture `length` pixels long at
+// frame k of n: trunc(length x p) with the phase p = k / n in double, k
+// folded into 0..n-1 first so that frame n is frame 0. The double is part of
+// the picture: where length x k / n is a whole number the rounded phase can
+// fall just short of it (100 x 29 / 50 gives 57, not 58), so every build must
+// make the same double (see scroll_offset.cpp). 0 when n is not positive.
+int32_t ScrollOffset(int32_t length, int64_t k, int32_t n);
 
 // ---------------------------------------------------------------- preview and build
 

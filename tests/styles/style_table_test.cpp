@@ -205,13 +205,14 @@ TEST(StyleEntries, PreviewIsTheBuildsFirstFrameAndTheBuildRendersEveryFrame) {
     SCOPED_TRACE(style.name);
     Settings settings;
     // A page without Frames derives the count; its Width and Depth may count
-    // elements rather than pixels, so it gets a small tile.
+    // elements rather than pixels, so it gets a small tile. Shaped
+    // Fountain's square tile has a Size instead of a Width and Depth.
     if (style.frames_rule) {
       settings.SetStyleNumber(style.number, "Width", 3);
       settings.SetStyleNumber(style.number, "Depth", 2);
     } else {
       for (auto [key, value] : {std::pair{"Frames", 3}, {"Width", 37}, {"Depth", 29}})
-        settings.SetStyleNumber(style.number, key, value);
+        if (FindPageControlByKey(style, key)) settings.SetStyleNumber(style.number, key, value);
     }
     SettingsReader reader(settings, style);
     Random random;
