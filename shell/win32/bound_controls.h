@@ -57,8 +57,8 @@ class BoundControl : public DocumentControl {
   // Spin fields: the sample waits for a pause in typing.
   virtual bool IsSpinField() const { return false; }
   // Kinds without a document tag ignore the document messages.
-  bool InDocuments() const { return !KindRules(m_control).tag.empty(); }
-  std::string_view Tag() const override { return KindRules(m_control).tag; }
+  bool InDocuments() const { return TakesPartInDocuments(m_control); }
+  std::string_view Tag() const override { return DocumentTag(m_control); }
 
   const PageControl& control() const { return m_control; }
   // The main dialog's Delay takes its range from the host after binding.
