@@ -23,6 +23,7 @@
 
 #include "host/win32/testhost/cases.h"
 #include "host/win32/testhost/dialog_cases.h"
+#include "host/win32/testhost/fountain_cases.h"
 
 using namespace tess::testhost;
 
@@ -71,6 +72,7 @@ int main(int argc, char** argv) {
   } else {
     std::vector<TestCase> cases(Cases().begin(), Cases().end());
     cases.insert(cases.end(), DialogCases().begin(), DialogCases().end());
+    cases.insert(cases.end(), FountainCases().begin(), FountainCases().end());
     for (const TestCase& test : cases) {
       if (!Selected(test.name, argc, argv)) continue;
       if (context.log) std::fprintf(context.log, "== %s\n", test.name);
