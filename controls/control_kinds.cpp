@@ -176,7 +176,7 @@ constexpr std::array<ControlKindRules, kControlKindCount> kRules = {{
      ColourOfText, EffectColour, UnsignedLineText, FormatColour, ParseColour, true,
      kTagColourButton},
     // kFountain: the record in its own pattern file is the whole value.
-    {"fountain", FixedTag<kTagFountain>, R::kPlaceholder, true, false, S::kNone, ShownAsStored,
+    {"fountain", FixedTag<kTagFountain>, R::kFountain, true, false, S::kNone, ShownAsStored,
      NoValueOfText, EffectAsStored, SignedLineText, FormatNumber, ParseNothing, false, {}, true},
     // kPicker: a cell index of its picker class, any value kept as given;
     // the line carries it unsigned.

@@ -30,8 +30,9 @@ enum class PageWindowRole : uint8_t {
   kColourButton,  // plain colour
   kFillButton,    // a fill: swatch and kind menu
   kPicker,        // a direction picker of the control's picker class
+  kFountain,      // a fountain button: the gradient, opening the fountain dialog
   kComboBox,      // index drop-down
-  kPlaceholder,   // fountain and matrix buttons: shown, not yet editable
+  kPlaceholder,   // matrix buttons: shown, not yet editable
   kText,          // a page's plain label
 };
 

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "controls/control_kinds.h"
+#include "fills/win32/fountain_control.h"
 #include "fills/win32/fill_button.h"
 #include "fills/win32/picker_control.h"
 #include "styles/style_table.h"
@@ -60,6 +61,11 @@ Colour DialogParamReader::ColourValue(int id) const {
 int32_t DialogParamReader::Selection(int id) const {
   HWND list = GetDlgItem(m_dialog, id);
   return list ? ComboBox_GetCurSel(list) : 0;
+}
+
+FountainRecord DialogParamReader::Fountain(int id) const {
+  if (auto record = GetFountainRecord(GetDlgItem(m_dialog, id))) return *record;
+  return ParamReader::Fountain(id);
 }
 
 }  // namespace tess::win32

@@ -40,6 +40,9 @@ class DialogParamReader final : public ParamReader {
   int32_t Selection(int id) const override;
   // The picker's value (fills/win32/picker_control.h), 0 without one.
   int32_t Picker(int id) const override;
+  // The fountain button's record; the control's built-in (or the default)
+  // without a button.
+  FountainRecord Fountain(int id) const override;
   // The fill button's record as it stands; a Simple fill of ColourValue
   // without an initialised fill button.
   FillDescriptor Fill(int id) const override;

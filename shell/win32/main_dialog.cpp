@@ -29,6 +29,8 @@
 #include "shell/paths.h"
 #include "shell/settings.h"
 #include "shell/strings.h"
+#include "fills/fountain.h"
+#include "fills/win32/fountain_control.h"
 #include "shell/win32/about_dialog.h"
 #include "shell/win32/bound_controls.h"
 #include "shell/win32/dialog_document.h"
@@ -201,6 +203,7 @@ class MainDialog {
   int32_t m_custom_palette = 0;
   int32_t m_transparent_background = 0;
   SpinControl* m_delay = nullptr;  // its range follows the host
+  FountainEnvironment m_fountains;  // what every fountain button reaches
   Timer m_sample_timer;
   Timer m_emblem_timer;
   // The composed sample, kept until something it shows changes, so that
@@ -352,6 +355,11 @@ bool MainDialog::CreatePages() {
   context.fill_links.show_help = [this](HWND owner, std::string_view anchor) {
     ShowHelpFor(owner, anchor);
   };
+  m_fountains.instance = m_instance;
+  m_fountains.platform = &m_platform;
+  m_fountains.choose_colour = [this](Colour& colour) { return ChooseColour(m_hwnd, colour); };
+  m_fountains.help = &m_help;
+  context.fountains = &m_fountains;
   for (const StyleEntry& style : StyleTable()) {
     ComboBox_AddString(effects, style.name);
     if (!CreatePage(context, style, m_controls)) return false;
@@ -359,12 +367,15 @@ bool MainDialog::CreatePages() {
   return true;
 }
 
-// The built-in fountain descriptions go into the fountain buttons on a first
-// run or with Shift held. Fountain buttons are shown as placeholders for now,
-// so there is nothing to load into yet; the first run still ends here.
+// The built-in fountains go into the fountain buttons with the same numbers
+// on a first run or with Shift held; each button keeps its own pattern file.
 void MainDialog::ResetBuiltInFountains() {
-  if (m_settings.Number(Key::FirstRun) != 0 || m_platform.ShiftDown())
-    m_settings.SetNumber(Key::FirstRun, 0);
+  if (m_settings.Number(Key::FirstRun) == 0 && !m_platform.ShiftDown()) return;
+  for (int id : BuiltInFountainIds()) {
+    FountainRecord record;
+    if (BuiltInFountain(id, record)) SetFountainRecord(GetDlgItem(m_hwnd, id), record);
+  }
+  m_settings.SetNumber(Key::FirstRun, 0);
 }
 
 void MainDialog::SelectEffect() {
@@ -663,6 +674,7 @@ INT_PTR RunMainDialog(HINSTANCE instance, HWND parent, const HostRecord* host) {
     EmblemClass emblem(instance);
     PickerClasses pickers(instance);
     FillButtonClass fill_buttons(instance);
+    FountainClasses fountains(instance);
     MainDialog dialog(instance, host);
     return DialogBoxParamA(instance, MAKEINTRESOURCEA(kMainDialogId), parent,
                            &DialogTrampoline<MainDialog>, reinterpret_cast<LPARAM>(&dialog));

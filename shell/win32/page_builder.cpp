@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <string>
 
+#include "fills/win32/fountain_control.h"
 #include "dialog/dialog_pages.h"
 #include "fills/picker.h"
 #include "fills/win32/fill_button.h"
@@ -48,6 +49,7 @@ WindowTemplate TemplateFor(const PageWindow& w, const std::string& spin_text) {
     case PageWindowRole::kFillButton: return {kFillButtonClassName, 0, 0, ""};
     // Its window text is its value, set when it is initialised.
     case PageWindowRole::kPicker: return {PickerKindOf(c.picker).tag, 0, 0, ""};
+    case PageWindowRole::kFountain: return {kFountainControlClassName, WS_TABSTOP, 0, ""};
     case PageWindowRole::kPlaceholder:
       return {"BUTTON", BS_PUSHBUTTON | WS_DISABLED, 0, "Default"};
     case PageWindowRole::kText:
@@ -135,8 +137,8 @@ std::unique_ptr<BoundControl> BindingFor(const PageBuildContext& context, const 
 }
 
 // Pickers and fill buttons keep their setting up to date themselves, from
-// the address their initialisation hands them. False when one could not be
-// initialised (memory).
+// the address their initialisation hands them; fountain buttons keep their
+// own pattern file. False when one could not be initialised (memory).
 bool InitialiseOwnWindow(const PageBuildContext& context, const StyleEntry& style,
                          const PageControl& c) {
   HWND hwnd = GetDlgItem(context.dialog, c.id);
@@ -148,6 +150,9 @@ bool InitialiseOwnWindow(const PageBuildContext& context, const StyleEntry& styl
     return SendMessageA(hwnd, kMsgInitControl, static_cast<WPARAM>(static_cast<uint32_t>(value)),
                         reinterpret_cast<LPARAM>(slot)) != 0;
   }
+  if (KindRules(c).window == PageWindowRole::kFountain)
+    return SendMessageA(hwnd, kMsgInitControl, kFountainClosed,
+                        reinterpret_cast<LPARAM>(context.fountains)) != 0;
   FillButtonLinks links = context.fill_links;
   links.setting = slot;
   Colour colour = slot ? static_cast<Colour>(*slot) & 0xFFFFFFu : 0;
@@ -157,7 +162,8 @@ bool InitialiseOwnWindow(const PageBuildContext& context, const StyleEntry& styl
 
 bool OwnsItsSetting(const PageControl& c) {
   PageWindowRole role = KindRules(c).window;
-  return role == PageWindowRole::kPicker || role == PageWindowRole::kFillButton;
+  return role == PageWindowRole::kPicker || role == PageWindowRole::kFillButton ||
+         role == PageWindowRole::kFountain;
 }
 
 }  // namespace

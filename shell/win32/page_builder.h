@@ -18,6 +18,7 @@
 #include "base/report.h"
 #include "fills/win32/fill_button.h"
 #include "shell/settings.h"
+#include "fills/win32/fountain_environment.h"
 #include "shell/win32/bound_controls.h"
 #include "styles/style.h"
 
@@ -33,6 +34,8 @@ struct PageBuildContext {
   ColourChooser choose_colour;
   // Handed to every fill button with its own setting filled in.
   FillButtonLinks fill_links;
+  // Handed to every fountain button; lives as long as the dialog.
+  const FountainEnvironment* fountains = nullptr;
 };
 
 // Creates one page's windows after every existing child of the dialog (the

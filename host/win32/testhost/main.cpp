@@ -24,6 +24,7 @@
 #include "host/win32/testhost/cases.h"
 #include "host/win32/testhost/dialog_cases.h"
 #include "host/win32/testhost/fill_cases.h"
+#include "host/win32/testhost/fountain_cases.h"
 
 using namespace tess::testhost;
 
@@ -73,6 +74,7 @@ int main(int argc, char** argv) {
     std::vector<TestCase> cases(Cases().begin(), Cases().end());
     cases.insert(cases.end(), DialogCases().begin(), DialogCases().end());
     cases.insert(cases.end(), FillCases().begin(), FillCases().end());
+    cases.insert(cases.end(), FountainCases().begin(), FountainCases().end());
     for (const TestCase& test : cases) {
       if (!Selected(test.name, argc, argv)) continue;
       if (context.log) std::fprintf(context.log, "== %s\n", test.name);
