@@ -75,9 +75,9 @@ GlossSample GlossSampleAt(const GlossShape& shape, const GlossLight& light, int3
   const double m = 1.0 - light.shade / 255.0 * (1.0 - diffuse);
   double h = nx * kHalfX + ny * kHalfY + nz * kHalfZ;
   if (h < 0) h = 0;
-  double spec = h;
-  for (int i = 0; i < 5; ++i) spec = spec * spec;  // h^32
-  const double g = light.glare / 255.0 * spec;
+  double specular = h;
+  for (int i = 0; i < 5; ++i) specular = specular * specular;  // h^32
+  const double g = light.glare / 255.0 * specular;
   s.light = static_cast<uint8_t>(255.0 * m);
   s.glare = static_cast<uint8_t>(255.0 * g);
   return s;
