@@ -30,12 +30,12 @@ FillDescriptor Gradient(uint32_t type, int32_t rotation) {
 // Arguments: sprite cache on, gradients in slots 1 and 3.
 void BM_BubblesDefaultRender(benchmark::State& state) {
   Settings settings;
-  FillStore fills;
+  PageRecords records;
   if (state.range(1) != 0) {
-    fills.Put(PageControlId(0, page::ColourControl(1)), Gradient(kGradientRadial, 0));
-    fills.Put(PageControlId(0, page::ColourControl(3)), Gradient(kGradientLinear, 30));
+    records.fills.Put(PageControlId(0, page::ColourControl(1)), Gradient(kGradientRadial, 0));
+    records.fills.Put(PageControlId(0, page::ColourControl(3)), Gradient(kGradientLinear, 30));
   }
-  SettingsReader reader(settings, *StyleByNumber(0), &fills);
+  SettingsReader reader(settings, *StyleByNumber(0), &records);
   BubblesOptions options{.cache_sprites = state.range(0) != 0};
   for (auto _ : state) {
     Random random;

@@ -17,13 +17,13 @@ namespace {
 // gradient, which every beam of those slots takes its ink from.
 void BM_PhasersAllFramesAtDefaults(benchmark::State& state) {
   Settings settings;
-  FillStore fills;
+  PageRecords records;
   FillDescriptor gradient;
   gradient.kind = kFillGradient;
   gradient.gradient = {0x0000C0FF, 0x00FF6000, kGradientLinear, 30, 0, 0, {}};
   for (int slot = 1; slot <= state.range(0); ++slot)
-    fills.Put(PageControlId(10, page::ColourControl(slot)), gradient);
-  SettingsReader reader(settings, *FindStyle("Phasers on Stun"), &fills);
+    records.fills.Put(PageControlId(10, page::ColourControl(slot)), gradient);
+  SettingsReader reader(settings, *FindStyle("Phasers on Stun"), &records);
   Random random;
   for (auto _ : state) {
     std::unique_ptr<PhasersRecord> record = PhasersRecord::Init(reader, random);
