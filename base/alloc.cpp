@@ -4,6 +4,7 @@
 // alignment malloc gives and FreeDeleter can subtract exactly what was added.
 #include "base/alloc.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -27,6 +28,7 @@ thread_local FailureInjector t_injector;
 struct ByteCounts {
   int64_t current = 0;
   int64_t peak = 0;
+  int64_t limit = INT64_MAX;
 };
 thread_local ByteCounts t_bytes;
 
@@ -55,10 +57,13 @@ void* AllocZeroed(size_t count, size_t size) noexcept {
   if (count > SIZE_MAX / size) return nullptr;
   size_t bytes = count * size;
   if (bytes > SIZE_MAX - kHeader) return nullptr;
+  ByteCounts& b = t_bytes;
+  // Both sides are below 2^63: current is a sum of live blocks.
+  if (bytes > static_cast<uint64_t>(INT64_MAX) || static_cast<int64_t>(bytes) > b.limit - b.current)
+    return nullptr;
   auto* block = static_cast<unsigned char*>(std::calloc(1, bytes + kHeader));
   if (!block) return nullptr;
   std::memcpy(block, &bytes, sizeof bytes);
-  ByteCounts& b = t_bytes;
   b.current += static_cast<int64_t>(bytes);
   if (b.current > b.peak) b.peak = b.current;
   return block + kHeader;
@@ -74,6 +79,10 @@ size_t AllocBlockSize(const void* p) noexcept {
 int64_t AllocCurrentBytes() noexcept { return t_bytes.current; }
 int64_t AllocPeakBytes() noexcept { return t_bytes.peak; }
 void ResetAllocPeak() noexcept { t_bytes.peak = t_bytes.current; }
+
+AllocLimitScope::AllocLimitScope(int64_t limit) : m_outer(t_bytes.limit) { t_bytes.limit = limit; }
+
+AllocLimitScope::~AllocLimitScope() { t_bytes.limit = m_outer; }
 
 AllocFailureScope::AllocFailureScope(long fail_at, bool sticky) {
   t_injector = FailureInjector{true, sticky, fail_at, 0};

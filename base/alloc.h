@@ -40,6 +40,22 @@ void ResetAllocPeak() noexcept;
 // The size a live block was asked for (count * size); 0 for null.
 size_t AllocBlockSize(const void* p) noexcept;
 
+// While one of these lives on the current thread, an allocation that would
+// take the thread's live bytes (AllocCurrentBytes) past `limit` fails as if
+// memory were short. The command line's --max-memory: a build that cannot
+// fit ends with "Memory error" instead of driving the machine into swap.
+// Only blocks made here count, not the small bookkeeping of std containers.
+class AllocLimitScope {
+ public:
+  explicit AllocLimitScope(int64_t limit);
+  ~AllocLimitScope();
+  AllocLimitScope(const AllocLimitScope&) = delete;
+  AllocLimitScope& operator=(const AllocLimitScope&) = delete;
+
+ private:
+  int64_t m_outer;  // the limit this one replaced; scopes nest
+};
+
 // While one of these lives on the current thread, the allocation numbered
 // `fail_at` (0 = the next one) and, when `sticky`, every later one fails.
 class AllocFailureScope {

@@ -1,14 +1,16 @@
 // The build driver. One Build object lives for one call of RunBuild and walks
 // the phases in order: prepare, render, adaptive palette, supercompress,
-// remap, deliver. Each phase returns false after reporting its one message;
-// the frame list, the previous-frame duplicate and the wait cursor are owned
-// by the object or by locals, so every exit path releases them.
+// remap, deliver; or, streaming, the same steps frame by frame. Each phase
+// returns false after reporting its one message; the frame list, the
+// previous-frame duplicate and the wait cursor are owned by the object or by
+// locals, so every exit path releases them.
 //
-// Sections: settings · messages and host calls · phases · delivery.
+// Sections: settings · messages and host calls · phases · streaming · delivery.
 #include "driver/build_driver.h"
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <new>
 
 #include "image/frame_list.h"
@@ -124,15 +126,37 @@ class Build {
   void Status(int string_id) {
     m_c.host.Call(0, kHostStatusText, 0, const_cast<char*>(m_strings.Load(string_id)));
   }
+  bool AdaptiveWanted() const { return !m_s.true_colour && m_s.custom_palette; }
 
+  // Every frame in memory, phase after phase.
+  bool RunAllFrames();
   void Prepare();
   bool Render();
   bool Quantize();
   bool Supercompress();
   bool Remap();
+  bool Deliver();
+
+  // One frame at a time.
+  bool RunStreamed();
+  std::unique_ptr<StyleRecord> StartRecord(int* count);
+  bool QuantizeFirstPass();
+  bool StreamFrames(StyleRecord& record, int count, Remapper& remapper);
+
+  // What both do to the palette and to each frame.
+  int PaletteEntries() const { return (m_s.supercompress || m_s.mask_background) ? 255 : 256; }
+  void PlaceBackground(int n);
+  bool MaskFrame(FrameRecord& frame, int i, ImageBlock& previous);
+  bool InitRemapper(Remapper& remapper);
+  bool FinishFrame(FrameRecord& frame, int i, Remapper& remapper);
   bool RemapFrame(FrameRecord& frame, int i, Remapper& remapper);
-  bool DeliverToHost();
-  bool WritePreview();
+
+  // Delivery to the host's file object or the preview files. Each reports
+  // its own message when it fails.
+  bool OpenOutput(int frame_count);
+  bool DeliverFrame(const FrameRecord& frame, int i);
+  bool CloseOutput();
+  void AbandonOutput();
 
   const BuildContext& m_c;
   BuildMode m_mode;
@@ -149,19 +173,29 @@ class Build {
   int32_t m_max_height = 0;
   bool m_given_frames = false;
   FrameList m_frames;
+  // The open output: the task record is the host's file object handle.
+  std::string m_comment;
+  TaskRecord m_task = MakeTaskRecord();
+  HostHandle m_object = 0;
+  PreviewWriter m_preview;
+  std::string m_page;
 };
 
 bool Build::Run() {
   Prepare();
+  return m_c.options.stream_frames && !m_given_frames ? RunStreamed() : RunAllFrames();
+}
+
+bool Build::RunAllFrames() {
   if (!Render()) return false;
-  if (!m_s.true_colour && m_s.custom_palette && !Quantize()) return false;
+  if (AdaptiveWanted() && !Quantize()) return false;
   // Unchanged pixels need a palette entry of their own, and only the adaptive
   // palette sets one aside; with a fixed palette there is nothing to mark
   // them with, so the frames are delivered whole.
   if (m_super_index < 0) m_s.supercompress = false;
   if (m_s.supercompress && !Supercompress()) return false;
   if (!Remap()) return false;
-  return m_mode == BuildMode::kPreview ? WritePreview() : DeliverToHost();
+  return Deliver();
 }
 
 // ---------------------------------------------------------------- phases
@@ -201,9 +235,16 @@ bool Build::Render() {
 }
 
 bool Build::Quantize() {
-  int n = (m_s.supercompress || m_s.mask_background) ? 255 : 256;
+  int n = PaletteEntries();
   Status(kStrStatusQuantizing);
   if (!AdaptivePalette(&n, m_palette, m_frames)) return Fail(kStrMemoryError);
+  PlaceBackground(n);
+  return true;
+}
+
+// The adaptive palette's `n` colours made ready for remapping: the exact
+// background, the order, and the entry set aside for masked pixels.
+void Build::PlaceBackground(int n) {
   auto put_bg = [this](int index) {
     uint8_t* entry = m_palette + 3 * index;
     entry[0] = ColourRed(m_bg);
@@ -229,7 +270,6 @@ bool Build::Quantize() {
     m_super_index = n;
     put_bg(n);
   }
-  return true;
 }
 
 bool Build::Supercompress() {
@@ -238,40 +278,53 @@ bool Build::Supercompress() {
   ImageBlock previous;
   for (int i = 0; i < count; ++i) {
     Progress(i, count);
-    FrameRecord& frame = m_frames[i];
-    if (i == 0) {
-      previous = DuplicateGlobalBlock(frame.image);
-      if (!previous) return Fail(kStrMemoryError);
-      continue;
-    }
-    frame.mask = SupercompressMask(frame.image, previous);
-    if (!frame.mask) return Fail(kStrMemoryError);
+    if (!MaskFrame(m_frames[i], i, previous)) return Fail(kStrMemoryError);
   }
   Progress(0, 0);
   return true;
 }
 
+// Frame 0 starts the running previous frame; every later one is masked
+// against it and brings it up to date.
+bool Build::MaskFrame(FrameRecord& frame, int i, ImageBlock& previous) {
+  if (i == 0) {
+    previous = DuplicateGlobalBlock(frame.image);
+    return static_cast<bool>(previous);
+  }
+  frame.mask = SupercompressMask(frame.image, previous);
+  return static_cast<bool>(frame.mask);
+}
+
+bool Build::InitRemapper(Remapper& remapper) {
+  if (m_s.true_colour) return true;
+  RemapOptions options;
+  options.fast_remap = m_c.options.fast_remap;
+  options.dither_brightness = m_c.options.dither_brightness;
+  options.dither_contrast = m_c.options.dither_contrast;
+  return remapper.Init(m_palette, m_bits, m_colours, options);
+}
+
 bool Build::Remap() {
   Status(kStrStatusRemapping);
   Remapper remapper;
-  if (!m_s.true_colour) {
-    RemapOptions options;
-    options.fast_remap = m_c.options.fast_remap;
-    options.dither_brightness = m_c.options.dither_brightness;
-    options.dither_contrast = m_c.options.dither_contrast;
-    if (!remapper.Init(m_palette, m_bits, m_colours, options)) return Fail(kStrMemoryError);
-  }
+  if (!InitRemapper(remapper)) return Fail(kStrMemoryError);
   int count = m_frames.count();
   for (int i = 0; i < count; ++i) {
     Progress(i, count);
     FrameRecord& frame = m_frames[i];
-    if (!m_s.true_colour && !RemapFrame(frame, i, remapper)) return Fail(kStrMemoryError);
-    if (!frame.image) return Fail(kStrMemoryError);
+    if (!FinishFrame(frame, i, remapper)) return Fail(kStrMemoryError);
     m_max_width = std::max(m_max_width, frame.image.width());
     m_max_height = std::max(m_max_height, frame.image.height());
-    if (m_s.transparent_background) frame.transparent = m_reserved;
   }
   Progress(0, 0);
+  return true;
+}
+
+// The frame as the host receives it. False when memory is short.
+bool Build::FinishFrame(FrameRecord& frame, int i, Remapper& remapper) {
+  if (!m_s.true_colour && !RemapFrame(frame, i, remapper)) return false;
+  if (!frame.image) return false;
+  if (m_s.transparent_background) frame.transparent = m_reserved;
   return true;
 }
 
@@ -305,70 +358,181 @@ bool Build::RemapFrame(FrameRecord& frame, int i, Remapper& remapper) {
   return true;
 }
 
-// ---------------------------------------------------------------- delivery
-
-bool Build::DeliverToHost() {
-  // Made before the file object exists: nothing may fail between its
-  // creation and its closing except the host itself.
-  std::string comment = m_s.add_comment ? BuildComment(m_c.options.web_address) : std::string();
-
-  TaskRecord task = MakeTaskRecord();
-  task.owner = m_c.owner_window;
-  task.width = static_cast<uint32_t>(m_max_width);
-  task.height = static_cast<uint32_t>(m_max_height);
-  task.bits = static_cast<uint32_t>(m_bits);
-  std::memcpy(task.palette, m_palette, kPaletteBytes);
-  task.frame_count = static_cast<uint32_t>(m_frames.count());
-  if (m_s.transparent_background) task.transparent_index = m_reserved;
-
-  int32_t create = m_mode == BuildMode::kTest ? kHostCreateTestTask : kHostCreateTask;
-  if (m_c.host.Call(0, create, 0, &task) == 0) return Fail(kStrErrorCreatingTask);
-  HostHandle object = reinterpret_cast<HostHandle>(&task);
-
+bool Build::Deliver() {
+  if (!OpenOutput(m_frames.count())) return false;
   for (int i = 0; i < m_frames.count(); ++i) {
-    const FrameRecord& frame = m_frames[i];
-    ImageRecord record = MakeImageRecord();
-    record.image = m_c.host.LendImage(frame.image);
-    record.transparent = m_s.transparent_background ? 1 : 0;
-    record.delay = frame.delay;
-    record.frame_number = i;
-    record.transparent_index = frame.transparent;
-    int32_t added = 0;
-    if (record.image != 0) {
-      added = m_c.host.Call(object, kHostAddImage, 0, &record);
-      m_c.host.ReturnImage(record.image);
-    }
-    if (added == 0) {
-      Fail(record.image != 0 ? kStrErrorAddingImage : kStrMemoryError);
+    if (!DeliverFrame(m_frames[i], i)) {
       FrameListFree(m_frames);
-      m_c.host.Call(object, kHostCloseTask, kHostTaskAbandoned, nullptr);
+      AbandonOutput();
       return false;
     }
   }
-  if (m_s.add_comment) m_c.host.Call(object, kHostAddComment, 0, comment.data());
-  m_c.host.Call(object, kHostCloseTask, kHostTaskFinished, nullptr);
+  return CloseOutput();
+}
+
+// ---------------------------------------------------------------- streaming
+//
+// The phases above, per frame: render, mask against the running previous
+// frame, remap, deliver, let go. Only the running previous frame, the frame
+// in hand and what the host keeps of it stay in memory. An adaptive palette
+// must see every frame before the first can be remapped, so it takes a pass
+// of its own over a first rendering; a style renders the same frames from
+// the same generator state, so the second rendering is the first again.
+
+bool Build::RunStreamed() {
+  if (m_style && !m_style->init) return Fail(kStrEffectNotAvailable);
+  const Random start = m_c.random;
+  if (AdaptiveWanted()) {
+    if (!QuantizeFirstPass()) return false;
+    m_c.random = start;
+  }
+  int count = 0;
+  std::unique_ptr<StyleRecord> record = StartRecord(&count);
+  if (!record) return false;
+  if (m_super_index < 0) m_s.supercompress = false;
+  Remapper remapper;
+  if (!InitRemapper(remapper)) return Fail(kStrMemoryError);
+  return StreamFrames(*record, count, remapper);
+}
+
+// A fresh record and its frame count, as StyleBuild starts one. Null after
+// the message when there is none or it has no frames.
+std::unique_ptr<StyleRecord> Build::StartRecord(int* count) {
+  std::unique_ptr<StyleRecord> record = m_style ? m_style->init(m_c.dialog, m_c.random) : nullptr;
+  *count = record ? record->FrameCount() : 0;
+  if (*count <= 0) {
+    Fail(kStrMemoryError);
+    return nullptr;
+  }
+  if (*count == 1) m_s.supercompress = false;
+  return record;
+}
+
+bool Build::QuantizeFirstPass() {
+  int count = 0;
+  std::unique_ptr<StyleRecord> record = StartRecord(&count);
+  if (!record) return false;
+  Status(kStrStatusQuantizing);
+  AdaptivePaletteBuilder palette(PaletteEntries());
+  for (int k = 0; k < count; ++k) {
+    Progress(k, count);
+    ImageBlock frame = record->RenderFrame(k);
+    if (!frame || !palette.AddFrame(frame)) return Fail(kStrMemoryError);
+  }
+  Progress(0, 0);
+  int n = 0;
+  if (!palette.Finish(&n, m_palette)) return Fail(kStrMemoryError);
+  PlaceBackground(n);
   return true;
 }
 
-bool Build::WritePreview() {
-  Platform& platform = m_c.platform;
-  std::string folder = m_c.options.preview_folder.empty() ? PluginDataPath(platform, "")
-                                                         : m_c.options.preview_folder;
-  PreviewWriter writer;
-  std::string page = writer.Open(folder, m_max_width, m_max_height, m_palette, m_bits,
-                                 platform.PathSeparator());
-  if (page.empty()) return Fail(kStrErrorCreatingFile);
-  bool thousandths = (m_c.options.host_capabilities & kHostCapTrueColour) != 0;
-  for (int i = 0; i < m_frames.count(); ++i) {
-    const FrameRecord& frame = m_frames[i];
-    int delay = thousandths ? frame.delay / 10 : frame.delay;
-    if (!writer.AddFrame(m_s.transparent_background ? 1 : 0, 0, 0, frame.transparent, delay,
-                         frame.image))
-      return Fail(kStrErrorWritingFile);
+bool Build::StreamFrames(StyleRecord& record, int count, Remapper& remapper) {
+  Status(kStrStatusBuilding);
+  ImageBlock previous;
+  for (int k = 0; k < count; ++k) {
+    Progress(k, count);
+    FrameRecord frame;
+    frame.delay = m_s.delay;
+    bool made = false;
+    try {
+      // The host's file object may be open: an exception must not pass it.
+      frame.image = record.RenderFrame(k);
+      made = frame.image && (!m_s.supercompress || MaskFrame(frame, k, previous)) &&
+             FinishFrame(frame, k, remapper);
+    } catch (const std::bad_alloc&) {
+      made = false;
+    }
+    // A style's frames are all one size; the file object was made for the
+    // first frame's, and a larger one could not be shown.
+    if (made && k == 0) {
+      m_max_width = frame.image.width();
+      m_max_height = frame.image.height();
+      if (!OpenOutput(count)) return false;
+    }
+    made = made && frame.image.width() <= m_max_width && frame.image.height() <= m_max_height;
+    if (!made) {
+      Fail(kStrMemoryError);
+      if (k > 0) AbandonOutput();
+      return false;
+    }
+    if (!DeliverFrame(frame, k)) {
+      AbandonOutput();
+      return false;
+    }
   }
-  if (!writer.Close()) return Fail(kStrErrorWritingFile);
-  OpenGeneratedFile(platform, page, true);
+  Progress(0, 0);
+  return CloseOutput();
+}
+
+// ---------------------------------------------------------------- delivery
+
+bool Build::OpenOutput(int frame_count) {
+  if (m_mode == BuildMode::kPreview) {
+    Platform& platform = m_c.platform;
+    std::string folder = m_c.options.preview_folder.empty() ? PluginDataPath(platform, "")
+                                                           : m_c.options.preview_folder;
+    m_page = m_preview.Open(folder, m_max_width, m_max_height, m_palette, m_bits,
+                            platform.PathSeparator());
+    return !m_page.empty() || Fail(kStrErrorCreatingFile);
+  }
+  // Made before the file object exists: nothing may fail between its
+  // creation and its closing except the host itself (or, streaming, a frame).
+  m_comment = m_s.add_comment ? BuildComment(m_c.options.web_address) : std::string();
+
+  m_task = MakeTaskRecord();
+  m_task.owner = m_c.owner_window;
+  m_task.width = static_cast<uint32_t>(m_max_width);
+  m_task.height = static_cast<uint32_t>(m_max_height);
+  m_task.bits = static_cast<uint32_t>(m_bits);
+  std::memcpy(m_task.palette, m_palette, kPaletteBytes);
+  m_task.frame_count = static_cast<uint32_t>(frame_count);
+  if (m_s.transparent_background) m_task.transparent_index = m_reserved;
+
+  int32_t create = m_mode == BuildMode::kTest ? kHostCreateTestTask : kHostCreateTask;
+  if (m_c.host.Call(0, create, 0, &m_task) == 0) return Fail(kStrErrorCreatingTask);
+  m_object = reinterpret_cast<HostHandle>(&m_task);
   return true;
+}
+
+bool Build::DeliverFrame(const FrameRecord& frame, int i) {
+  if (m_mode == BuildMode::kPreview) {
+    bool thousandths = (m_c.options.host_capabilities & kHostCapTrueColour) != 0;
+    int delay = thousandths ? frame.delay / 10 : frame.delay;
+    return m_preview.AddFrame(m_s.transparent_background ? 1 : 0, 0, 0, frame.transparent, delay,
+                              frame.image) ||
+           Fail(kStrErrorWritingFile);
+  }
+  ImageRecord record = MakeImageRecord();
+  record.image = m_c.host.LendImage(frame.image);
+  record.transparent = m_s.transparent_background ? 1 : 0;
+  record.delay = frame.delay;
+  record.frame_number = i;
+  record.transparent_index = frame.transparent;
+  int32_t added = 0;
+  if (record.image != 0) {
+    added = m_c.host.Call(m_object, kHostAddImage, 0, &record);
+    m_c.host.ReturnImage(record.image);
+  }
+  return added != 0 || Fail(record.image != 0 ? kStrErrorAddingImage : kStrMemoryError);
+}
+
+bool Build::CloseOutput() {
+  if (m_mode == BuildMode::kPreview) {
+    if (!m_preview.Close()) return Fail(kStrErrorWritingFile);
+    OpenGeneratedFile(m_c.platform, m_page, true);
+    return true;
+  }
+  if (m_s.add_comment) m_c.host.Call(m_object, kHostAddComment, 0, m_comment.data());
+  m_c.host.Call(m_object, kHostCloseTask, kHostTaskFinished, nullptr);
+  m_object = 0;
+  return true;
+}
+
+// The preview writer deletes its unfinished file when it is destroyed.
+void Build::AbandonOutput() {
+  if (m_mode == BuildMode::kPreview) return;
+  m_c.host.Call(m_object, kHostCloseTask, kHostTaskAbandoned, nullptr);
+  m_object = 0;
 }
 
 }  // namespace

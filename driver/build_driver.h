@@ -5,10 +5,18 @@
 // host as a new file object ("OK", "&Test") or writes the preview files and
 // opens the page ("Preview").
 //
-// Invariants: the host sees a file object only after every frame is ready, and
-// sees either 1/5, 2 x N, [3], 4(1) or, after a refused image, 4(0); every
-// failure is one message through the Reporter and a false result; every frame,
-// mask and duplicate is freed on every path.
+// A build either keeps every frame until all are ready (the plug-in) or, with
+// BuildOptions::stream_frames, streams: each frame is rendered, masked,
+// remapped and delivered before the next is rendered, so memory holds a few
+// frames whatever their count (the command line's huge jobs). An adaptive
+// palette then takes a first pass over the render, which is deterministic,
+// and the frames are rendered again. Both give the host the same records.
+//
+// Invariants: the host sees either 1/5, 2 x N, [3], 4(1) or, after a refused
+// image or a failure while streaming, 4(0); without streaming it sees a file
+// object only after every frame is ready, so nothing but the host can fail
+// while one is open. Every failure is one message through the Reporter and a
+// false result; every frame, mask and duplicate is freed on every path.
 #pragma once
 
 #include <cstdint>
@@ -39,6 +47,8 @@ struct BuildOptions {
   uint32_t host_capabilities = 0;
   // Where "Preview" writes its two files; empty for the plug-in's data folder.
   std::string preview_folder;
+  // Deliver each frame as it is made instead of after all are ready.
+  bool stream_frames = false;
 };
 
 // What the build asks of the front end while it runs. The defaults do
@@ -92,12 +102,15 @@ Colour ResolveOutputSettings(OutputSettings& settings, const StyleEntry* style,
 std::string BuildComment(std::string_view web_address);
 
 // Runs one build. True on success; false after one message to the reporter.
+// Progress is reported per phase; a streamed build reports one phase per pass
+// over the frames (the adaptive palette's pass under the quantizing status,
+// then the frames under the building status).
 bool RunBuild(const BuildContext& context, BuildMode mode);
 
 // The output half of a build for frames made elsewhere (the command line's
 // "encode"): palette, supercompression, remapping and delivery run on
 // `frames` (true colour, each with its delay) exactly as after a style has
-// rendered. No style is asked anything, so there is no background colour to
+// rendered. The frames are already in memory, so this never streams. No style is asked anything, so there is no background colour to
 // make exact in an adaptive palette, to mask or to make transparent.
 bool RunOutputBuild(const BuildContext& context, BuildMode mode, FrameList frames);
 

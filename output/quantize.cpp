@@ -38,6 +38,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <new>
 
 #include "base/alloc.h"
 #include "output/pixel_rows.h"
@@ -563,45 +564,57 @@ long Octree::MergeSubtree(int level, uint32_t index) {
   return merged;
 }
 
-// Scans the frames top-down for their distinct colours, stopping as soon as
-// there are more than `wanted`. False when memory is short.
-bool ScanDistinct(const FrameList& frames, int wanted, DistinctColours& distinct) {
-  for (int f = 0; f < frames.count(); ++f) {
-    const ImageBlock& image = frames[f].image;
-    if (!image) continue;
-    Buffer<uint8_t> scratch = AllocBuffer<uint8_t>(3 * static_cast<size_t>(image.width()));
-    if (!scratch) return false;
-    for (int y = 0; y < image.height(); ++y) {
-      const uint8_t* bgr = BgrRow(image, y, scratch.get());
-      uint32_t previous = 0xFFFFFFFFu;
-      for (int x = 0; x < image.width(); ++x) {
-        const uint8_t* p = bgr + 3 * x;
-        uint32_t colour = MakeColour(p[2], p[1], p[0]);
-        if (colour == previous) continue;  // already counted
-        previous = colour;
-        if (!distinct.Add(colour, wanted)) return true;
-      }
+// Scans a frame top-down for its distinct colours. False once there are more
+// than `wanted` (or memory is short: `*short_of_memory` says which).
+bool ScanDistinct(const ImageBlock& image, int wanted, DistinctColours& distinct, bool* short_of_memory) {
+  Buffer<uint8_t> scratch = AllocBuffer<uint8_t>(3 * static_cast<size_t>(image.width()));
+  *short_of_memory = !scratch;
+  if (!scratch) return false;
+  for (int y = 0; y < image.height(); ++y) {
+    const uint8_t* bgr = BgrRow(image, y, scratch.get());
+    uint32_t previous = 0xFFFFFFFFu;
+    for (int x = 0; x < image.width(); ++x) {
+      const uint8_t* p = bgr + 3 * x;
+      uint32_t colour = MakeColour(p[2], p[1], p[0]);
+      if (colour == previous) continue;  // already counted
+      previous = colour;
+      if (!distinct.Add(colour, wanted)) return false;
     }
   }
   return true;
 }
 
-bool ClassifyFrames(const FrameList& frames, Octree& tree) {
+// The frames' distinct colours, stopping as soon as there are more than
+// `wanted`. False when memory is short.
+bool ScanDistinct(const FrameList& frames, int wanted, DistinctColours& distinct) {
   for (int f = 0; f < frames.count(); ++f) {
-    const ImageBlock& image = frames[f].image;
-    if (!image) continue;
-    Buffer<uint8_t> scratch = AllocBuffer<uint8_t>(3 * static_cast<size_t>(image.width()));
-    if (!scratch) return false;
-    for (int y = image.height() - 1; y >= 0; --y)  // stored order: bottom line first
-      if (!tree.ClassifyRow(BgrRow(image, y, scratch.get()), image.width())) return false;
+    if (!frames[f].image) continue;
+    bool short_of_memory = false;
+    if (!ScanDistinct(frames[f].image, wanted, distinct, &short_of_memory)) return !short_of_memory;
   }
   return true;
 }
 
+bool ClassifyFrame(const ImageBlock& image, Octree& tree) {
+  Buffer<uint8_t> scratch = AllocBuffer<uint8_t>(3 * static_cast<size_t>(image.width()));
+  if (!scratch) return false;
+  for (int y = image.height() - 1; y >= 0; --y)  // stored order: bottom line first
+    if (!tree.ClassifyRow(BgrRow(image, y, scratch.get()), image.width())) return false;
+  return true;
+}
+
+bool ClassifyFrames(const FrameList& frames, Octree& tree) {
+  for (int f = 0; f < frames.count(); ++f)
+    if (frames[f].image && !ClassifyFrame(frames[f].image, tree)) return false;
+  return true;
+}
+
+int Wanted(int count) { return count == 0 ? 256 : std::clamp(count, 1, 256); }
+
 }  // namespace
 
 bool AdaptivePalette(int* count, uint8_t* rgb, const FrameList& frames) {
-  int wanted = *count == 0 ? 256 : std::clamp(*count, 1, 256);
+  int wanted = Wanted(*count);
   std::memset(rgb, 0, kPaletteBytes);
 
   // Under 6 KiB, but kept off the stack of a host's user-interface thread.
@@ -617,6 +630,71 @@ bool AdaptivePalette(int* count, uint8_t* rgb, const FrameList& frames) {
   if (!tree.Init() || !ClassifyFrames(frames, tree) || !tree.Reduce(wanted)) return false;
   *count = tree.Assign(rgb);
   return true;
+}
+
+// ---------------------------------------------------------------- frame by frame
+
+class AdaptivePaletteBuilder::State {
+ public:
+  explicit State(int wanted) : m_tree(OctreeDepth(wanted)) {}
+  bool Init() {
+    m_distinct = AllocBuffer<DistinctColours>(1);
+    return m_distinct && m_tree.Init();
+  }
+  // The scan stops for good at the first frame that goes past `wanted`, as
+  // the whole-list scan returns there.
+  bool Add(const ImageBlock& image, int wanted) {
+    if (!m_past_wanted) {
+      bool short_of_memory = false;
+      m_past_wanted = !ScanDistinct(image, wanted, m_distinct[0], &short_of_memory);
+      if (short_of_memory) return false;
+    }
+    return ClassifyFrame(image, m_tree);
+  }
+  bool Finish(int wanted, int* count, uint8_t* rgb) {
+    if (m_distinct[0].count() <= wanted) {
+      m_distinct[0].CopyTo(rgb);
+      *count = m_distinct[0].count();
+      return true;
+    }
+    if (!m_tree.Reduce(wanted)) return false;
+    *count = m_tree.Assign(rgb);
+    return true;
+  }
+
+ private:
+  Buffer<DistinctColours> m_distinct;
+  bool m_past_wanted = false;
+  Octree m_tree;
+};
+
+AdaptivePaletteBuilder::AdaptivePaletteBuilder(int count) : m_wanted(Wanted(count)) {}
+
+AdaptivePaletteBuilder::~AdaptivePaletteBuilder() = default;
+
+bool AdaptivePaletteBuilder::AddFrame(const ImageBlock& image) {
+  if (m_failed) return false;
+  if (!m_state) {
+    m_state.reset(new (std::nothrow) State(m_wanted));
+    m_failed = !m_state || !m_state->Init();
+    if (m_failed) return false;
+  }
+  if (image && !m_state->Add(image, m_wanted)) m_failed = true;
+  return !m_failed;
+}
+
+bool AdaptivePaletteBuilder::Finish(int* count, uint8_t* rgb) {
+  std::memset(rgb, 0, kPaletteBytes);
+  if (m_failed) return false;
+  // No frames: what the whole-list form makes of an empty list.
+  if (!m_state) {
+    *count = 0;
+    return true;
+  }
+  bool done = m_state->Finish(m_wanted, count, rgb);
+  m_state.reset();
+  m_failed = true;  // once only
+  return done;
 }
 
 }  // namespace tess

@@ -1,10 +1,14 @@
 // The adaptive ("&Custom palette") palette of a whole animation: the frames'
 // own colours, in order of first appearance, when there are few enough of
 // them; otherwise an octree colour reduction (classification, reduction,
-// assignment) over every pixel of every frame.
+// assignment) over every pixel of every frame. AdaptivePalette reads a whole
+// frame list; AdaptivePaletteBuilder takes the same frames one at a time, so
+// a build too large to keep can gather its palette as it renders, and ends
+// with the same palette.
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "image/frame_list.h"
 
@@ -27,5 +31,32 @@ constexpr int OctreeDepth(int colours) {
 // are read as colour (palettised frames through their colour tables). False
 // when memory is short.
 bool AdaptivePalette(int* count, uint8_t* rgb, const FrameList& frames);
+
+// AdaptivePalette over frames handed over in order and then let go. Both
+// passes of the whole-list form (first-appearance colours, octree
+// classification) run on each frame as it arrives: whether the octree is
+// needed is only known at the end, so every frame is classified. Memory is
+// that of the octree (at most about 11 MB) and one row, whatever the count
+// of frames.
+class AdaptivePaletteBuilder {
+ public:
+  // `count`: the entries wanted, as AdaptivePalette's.
+  explicit AdaptivePaletteBuilder(int count);
+  ~AdaptivePaletteBuilder();
+  AdaptivePaletteBuilder(const AdaptivePaletteBuilder&) = delete;
+  AdaptivePaletteBuilder& operator=(const AdaptivePaletteBuilder&) = delete;
+
+  // False when memory is short; the builder is then unusable.
+  bool AddFrame(const ImageBlock& image);
+  // AdaptivePalette's results for every frame added. Once only; false when
+  // memory is short or an earlier call failed.
+  bool Finish(int* count, uint8_t* rgb);
+
+ private:
+  class State;
+  int m_wanted;
+  bool m_failed = false;
+  std::unique_ptr<State> m_state;  // made by the first AddFrame
+};
 
 }  // namespace tess

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <tuple>
 
 #include "base/bytes.h"
 #include "driver/build_driver.h"
@@ -609,6 +610,212 @@ TEST_F(PreviewTest, EveryAllocationFailureInAPreviewIsReported) {
   Set(kTrueColour, 0);
   Set(kCustomPalette, 1);
   SweepAllocations(BuildMode::kPreview, {"Memory error", "Error writing file", "Error creating file"});
+}
+
+// ---------------------------------------------------------------- streaming
+
+// One call of the file object as the host received it. Lent images and the
+// task record are addresses, different in every run, so they are left out;
+// what they pointed at is kept.
+using Delivered = std::tuple<int32_t, intptr_t, std::vector<uint8_t>, std::string, std::vector<uint8_t>>;
+
+std::vector<Delivered> Delivery(const FakeHost& host) {
+  std::vector<Delivered> delivered;
+  for (const FakeHost::Received& c : host.calls) {
+    if (c.command == kHostStatusText || c.command == kHostProgress) continue;
+    std::vector<uint8_t> record = c.record;
+    if (c.command == kHostAddImage) std::fill_n(record.begin() + 8, sizeof(HostHandle), 0);
+    delivered.emplace_back(c.command, c.param, record, c.text, c.image);
+  }
+  return delivered;
+}
+
+class StreamedBuildTest : public BuildTest {
+ protected:
+  StreamedBuildTest() {
+    Set(kTestDrawn, 1);
+    Set(kTestFrames, 4);
+  }
+  // The build with and without streaming, from the same generator state.
+  void ExpectSameDelivery(BuildMode mode = BuildMode::kOk) {
+    random = Random();
+    options.stream_frames = false;
+    ASSERT_TRUE(Run(mode));
+    const std::vector<Delivered> whole = Delivery(host);
+    const uint64_t after = random.state();
+    random = Random();
+    options.stream_frames = true;
+    ASSERT_TRUE(Run(mode));
+    EXPECT_EQ(Delivery(host), whole);
+    EXPECT_EQ(random.state(), after);
+    EXPECT_EQ(host.lent, 0);
+  }
+};
+
+TEST_F(StreamedBuildTest, HostGetsWhatTheWholeBuildGivesIt) {
+  struct Case {
+    const char* what;
+    std::map<int, int32_t> set;
+  };
+  const Case cases[] = {
+      {"true colour", {}},
+      {"fixed palette", {{kTrueColour, 0}, {kMaskBackground, 0}}},
+      {"fixed palette, dithered", {{kTrueColour, 0}, {kDither, 1}, {kTestRich, 1}}},
+      {"adaptive", {{kTrueColour, 0}, {kCustomPalette, 1}, {kMaskBackground, 0}, {kTestRich, 1}}},
+      {"adaptive, few colours", {{kTrueColour, 0}, {kCustomPalette, 1}, {kMaskBackground, 0}}},
+      {"adaptive, supercompressed", {{kTrueColour, 0}, {kCustomPalette, 1}, {kSupercompress, 1}}},
+      {"adaptive, dithered, supercompressed",
+       {{kTrueColour, 0}, {kCustomPalette, 1}, {kSupercompress, 1}, {kDither, 1}, {kTestRich, 1}}},
+      {"masked background", {{kTrueColour, 0}, {kCustomPalette, 1}, {kMaskBackground, 1}}},
+      {"transparent background",
+       {{kTrueColour, 0}, {kCustomPalette, 1}, {kEffectList, kStyleTransparent}, {kTransparentBackground, 1}}},
+      {"one frame, supercompress asked", {{kTrueColour, 0}, {kCustomPalette, 1}, {kSupercompress, 1}, {kTestFrames, 1}}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    dialog.values = Defaults();
+    Set(kTestDrawn, 1);
+    Set(kTestFrames, 4);
+    for (const auto& [id, value] : c.set) Set(id, value);
+    ExpectSameDelivery();
+  }
+}
+
+TEST_F(StreamedBuildTest, FailureAfterTheFirstFrameAbandonsTheFileObject) {
+  struct Case {
+    const char* what;
+    std::function<void()> setup;
+    const char* message;
+    Commands commands;
+  };
+  const Case cases[] = {
+      {"fails at frame 3", [this] { Set(kTestFailAt, 3); }, "Memory error", {1, 2, 2, 4}},
+      {"container throws at frame 3", [this] { Set(kTestThrowAt, 3); }, "Memory error", {1, 2, 2, 4}},
+      {"fails at frame 1", [this] { Set(kTestFailAt, 1); }, "Memory error", {}},
+      // The palette's pass meets the failure before any file object exists.
+      {"adaptive, fails at frame 3",
+       [this] { Set(kTestFailAt, 3), Set(kTrueColour, 0), Set(kCustomPalette, 1); }, "Memory error", {}},
+      {"refused image", [this] { host.refuse_image = 1; },
+       "There has been an error adding an image to the current file object.", {1, 2, 2, 4}},
+      {"no frames", [this] { Set(kTestFrames, 0); }, "Memory error", {}},
+      {"no renderer", [this] { Set(kEffectList, kStyleNoInit); },
+       "This effect is not available in this version.", {}},
+  };
+  options.stream_frames = true;
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    dialog.values = Defaults();
+    Set(kTestFrames, 4);
+    host = FakeHost();
+    reporter.messages.clear();
+    c.setup();
+    EXPECT_FALSE(RunBuild(Context(), BuildMode::kOk));
+    EXPECT_EQ(reporter.messages, Messages{c.message});
+    EXPECT_EQ(host.TaskCommands(), c.commands);
+    if (!c.commands.empty()) {
+      EXPECT_EQ(host.Of(kHostCloseTask).at(0)->param, kHostTaskAbandoned);
+    }
+    EXPECT_EQ(host.lent, 0);
+  }
+}
+
+// Streaming, a failure may come while the file object is open: every run
+// either delivers what an undisturbed one does or says "Memory error" once
+// and leaves no file object open.
+TEST_F(StreamedBuildTest, EveryAllocationFailureIsAMemoryError) {
+  options.stream_frames = true;
+  for (int variant = 0; variant < 3; ++variant) {
+    SCOPED_TRACE(variant);
+    dialog.values = Defaults();
+    Set(kTrueColour, 0);
+    Set(kMaskBackground, variant == 1);
+    Set(kSupercompress, variant == 0);
+    Set(kDither, variant == 2);
+    Set(kCustomPalette, variant != 2);
+    ASSERT_TRUE(Run());
+    const Commands clean = host.TaskCommands();
+    long total = 0;
+    {
+      AllocFailureScope count(-1);
+      ASSERT_TRUE(Run());
+      total = count.Count();
+    }
+    const int64_t before = AllocCurrentBytes();
+    for (long n = 0; n < total; ++n) {
+      SCOPED_TRACE(n);
+      AllocFailureScope fail(n);
+      const bool ok = Run();
+      const Commands got = host.TaskCommands();
+      if (ok) {
+        EXPECT_EQ(got, clean);
+        EXPECT_TRUE(reporter.messages.empty());
+        continue;
+      }
+      EXPECT_EQ(reporter.messages, Messages{"Memory error"});
+      if (!got.empty()) {
+        EXPECT_EQ(got.back(), kHostCloseTask);
+        EXPECT_EQ(host.Of(kHostCloseTask).at(0)->param, kHostTaskAbandoned);
+      }
+      EXPECT_EQ(host.lent, 0);
+    }
+    EXPECT_EQ(AllocCurrentBytes(), before);
+  }
+}
+
+// Takes every frame and keeps nothing of it, as a GIF written to disk costs
+// the engine nothing once written.
+class DiscardingHost final : public HostService {
+ public:
+  int32_t Call(HostHandle, int32_t command, intptr_t, void*) override {
+    added += command == kHostAddImage;
+    closed += command == kHostCloseTask;
+    return 1;
+  }
+  int added = 0, closed = 0;
+};
+
+// A long job holds a few frames, not all of them: under a ceiling of eight
+// frames' bytes the streamed build of 300 frames succeeds and the whole build
+// stops with "Memory error". (The command line's own check runs the largest
+// tile; this size keeps the sanitizer build quick.)
+TEST_F(StreamedBuildTest, MemoryStaysAtAFewFramesWhateverTheirCount) {
+  constexpr int kSide = 256, kFrames = 300;
+  dialog.values = Defaults();
+  for (auto [id, value] : std::map<int, int32_t>{{kTrueColour, 0}, {kMaskBackground, 0}, {kTestFlat, 1},
+                                                 {kTestFrames, kFrames}, {kTestWidth, kSide},
+                                                 {kTestHeight, kSide}, {kAddComment, 0}})
+    Set(id, value);
+  const int64_t frame_bytes = RowStride(24, kSide) * int64_t{kSide};
+  DiscardingHost discard;
+  BuildContext context{dialog, styles, random, discard, kOwner, reporter, platform, nullptr, options};
+  context.options.stream_frames = true;
+  const int64_t before = AllocCurrentBytes();
+  ResetAllocPeak();
+  {
+    AllocLimitScope limit(before + 8 * frame_bytes);
+    EXPECT_TRUE(RunBuild(context, BuildMode::kOk));
+  }
+  EXPECT_EQ(discard.added, kFrames);
+  EXPECT_LT(AllocPeakBytes() - before, 4 * frame_bytes);
+
+  context.options.stream_frames = false;
+  Set(kTestFrames, 12);  // past the ceiling without rendering every frame
+  AllocLimitScope limit(before + 8 * frame_bytes);
+  EXPECT_FALSE(RunBuild(context, BuildMode::kOk));
+  EXPECT_EQ(reporter.messages, Messages{"Memory error"});
+  EXPECT_EQ(AllocCurrentBytes(), before);
+}
+
+TEST_F(PreviewTest, StreamedPreviewWritesTheSameFile) {
+  Set(kTrueColour, 0);
+  Set(kCustomPalette, 1);
+  Set(kTestRich, 1);
+  ASSERT_TRUE(Run(BuildMode::kPreview));
+  const std::vector<uint8_t> whole = ReadBytes(folder + "/preview.gif");
+  options.stream_frames = true;
+  ASSERT_TRUE(Run(BuildMode::kPreview));
+  EXPECT_EQ(ReadBytes(folder + "/preview.gif"), whole);
+  EXPECT_EQ(platform.opened_documents.size(), 2u);
 }
 
 }  // namespace

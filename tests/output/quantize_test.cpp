@@ -21,13 +21,25 @@ ImageBlock Picture(int w, int h, const std::vector<Colour>& top_down) {
   return image;
 }
 
+// The builder, handed the frames one at a time as a streamed build does.
+bool BuildFrameByFrame(int* count, uint8_t* rgb, const FrameList& frames) {
+  AdaptivePaletteBuilder builder(*count);
+  for (int f = 0; f < frames.count(); ++f)
+    if (!builder.AddFrame(frames[f].image)) return false;
+  return builder.Finish(count, rgb);
+}
+
+// Both forms against the plain reference.
 void ExpectSameAsReference(const FrameList& frames, int wanted) {
-  uint8_t got[kPaletteBytes], want[kPaletteBytes];
-  int got_count = wanted, want_count = wanted;
+  uint8_t got[kPaletteBytes], streamed[kPaletteBytes], want[kPaletteBytes];
+  int got_count = wanted, streamed_count = wanted, want_count = wanted;
   ASSERT_TRUE(AdaptivePalette(&got_count, got, frames));
+  ASSERT_TRUE(BuildFrameByFrame(&streamed_count, streamed, frames));
   ASSERT_TRUE(testing::ReferenceAdaptivePalette(&want_count, want, frames));
   EXPECT_EQ(got_count, want_count) << wanted;
   EXPECT_EQ(std::memcmp(got, want, kPaletteBytes), 0) << wanted;
+  EXPECT_EQ(streamed_count, want_count) << wanted;
+  EXPECT_EQ(std::memcmp(streamed, want, kPaletteBytes), 0) << wanted;
 }
 
 TEST(AdaptivePalette, DepthFollowsTheRequestedCount) {
@@ -152,6 +164,56 @@ TEST(AdaptivePalette, NodeLimitDropsTheDeepestLevel) {
   EXPECT_TRUE(pruned);
   EXPECT_EQ(got_count, want_count);
   EXPECT_EQ(std::memcmp(got, want, kPaletteBytes), 0);
+}
+
+// Frame by frame, the first-appearance colours must stop at the frame that
+// goes past the count, as the whole-list scan does: a later frame's colours
+// that would fit again must not bring them back.
+TEST(AdaptivePalette, FrameByFrameSwitchesToTheTreeWhereTheListWould) {
+  FrameList frames;
+  ASSERT_TRUE(FrameListAddImage(frames, Picture(2, 1, {0x000010, 0x000020}), 1));
+  ASSERT_TRUE(FrameListAddImage(frames, NaturalImage(21, 9, 7), 1));
+  ASSERT_TRUE(FrameListAddImage(frames, Picture(2, 1, {0x300000, 0x000010}), 1));
+  for (int wanted : {256, 3, 2}) ExpectSameAsReference(frames, wanted);
+}
+
+// The node limit met in a later frame, after earlier ones filled the tree.
+TEST(AdaptivePalette, FrameByFrameMeetsTheNodeLimitAsTheListDoes) {
+  FrameList frames;
+  for (int part = 0; part < 4; ++part) {
+    ImageBlock image = ImageCreate(256, 256, nullptr, 24);
+    for (int i = 0; i < 256 * 256; ++i) {
+      const int c = part * 65536 + i;
+      ImageSetPixel(image, i % 256, i / 256, MakeColour((c & 63) * 4, ((c >> 6) & 63) * 4, (c >> 12) * 4));
+    }
+    ASSERT_TRUE(FrameListAddImage(frames, std::move(image), 1));
+  }
+  uint8_t want[kPaletteBytes];
+  int want_count = 256;
+  bool pruned = false;
+  ASSERT_TRUE(testing::ReferenceAdaptivePalette(&want_count, want, frames, &pruned));
+  EXPECT_TRUE(pruned);
+  ExpectSameAsReference(frames, 256);
+}
+
+TEST(AdaptivePalette, FrameByFrameFailsCleanlyAtEveryAllocation) {
+  FrameList frames;
+  for (uint32_t seed = 1; seed <= 2; ++seed) ASSERT_TRUE(FrameListAddImage(frames, NaturalImage(40, 24, seed), 1));
+  uint8_t pal[kPaletteBytes];
+  long total = 0;
+  {
+    AllocFailureScope probe(1L << 30);
+    int count = 64;
+    ASSERT_TRUE(BuildFrameByFrame(&count, pal, frames));
+    total = probe.Count();
+  }
+  const int64_t before = AllocCurrentBytes();
+  for (long n = 0; n < total; ++n) {
+    AllocFailureScope fail(n);
+    int count = 64;
+    EXPECT_FALSE(BuildFrameByFrame(&count, pal, frames)) << n;
+  }
+  EXPECT_EQ(AllocCurrentBytes(), before);
 }
 
 TEST(AdaptivePalette, EmptyListGivesAnEmptyPalette) {
