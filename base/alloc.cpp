@@ -29,6 +29,7 @@ struct ByteCounts {
   int64_t current = 0;
   int64_t peak = 0;
   int64_t limit = INT64_MAX;
+  long refusals = 0;  // by the limit
 };
 thread_local ByteCounts t_bytes;
 
@@ -59,8 +60,10 @@ void* AllocZeroed(size_t count, size_t size) noexcept {
   if (bytes > SIZE_MAX - kHeader) return nullptr;
   ByteCounts& b = t_bytes;
   // Both sides are below 2^63: current is a sum of live blocks.
-  if (bytes > static_cast<uint64_t>(INT64_MAX) || static_cast<int64_t>(bytes) > b.limit - b.current)
+  if (bytes > static_cast<uint64_t>(INT64_MAX) || static_cast<int64_t>(bytes) > b.limit - b.current) {
+    ++b.refusals;
     return nullptr;
+  }
   auto* block = static_cast<unsigned char*>(std::calloc(1, bytes + kHeader));
   if (!block) return nullptr;
   std::memcpy(block, &bytes, sizeof bytes);
@@ -80,9 +83,14 @@ int64_t AllocCurrentBytes() noexcept { return t_bytes.current; }
 int64_t AllocPeakBytes() noexcept { return t_bytes.peak; }
 void ResetAllocPeak() noexcept { t_bytes.peak = t_bytes.current; }
 
-AllocLimitScope::AllocLimitScope(int64_t limit) : m_outer(t_bytes.limit) { t_bytes.limit = limit; }
+AllocLimitScope::AllocLimitScope(int64_t limit)
+    : m_outer(t_bytes.limit), m_refusals_before(t_bytes.refusals) {
+  t_bytes.limit = limit;
+}
 
 AllocLimitScope::~AllocLimitScope() { t_bytes.limit = m_outer; }
+
+bool AllocLimitScope::refused() const { return t_bytes.refusals != m_refusals_before; }
 
 AllocFailureScope::AllocFailureScope(long fail_at, bool sticky) {
   t_injector = FailureInjector{true, sticky, fail_at, 0};

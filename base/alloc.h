@@ -51,9 +51,13 @@ class AllocLimitScope {
   ~AllocLimitScope();
   AllocLimitScope(const AllocLimitScope&) = delete;
   AllocLimitScope& operator=(const AllocLimitScope&) = delete;
+  // Whether the ceiling refused a block while this scope lived, so a front
+  // end can say that its limit, not the machine, ran out.
+  bool refused() const;
 
  private:
   int64_t m_outer;  // the limit this one replaced; scopes nest
+  long m_refusals_before;
 };
 
 // While one of these lives on the current thread, the allocation numbered

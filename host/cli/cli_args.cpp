@@ -66,6 +66,9 @@ constexpr OptionInfo kOptions[] = {
     {Opt::kDir, "dir", 0, Arg::kValue, "DIR", "write the preview files into DIR"},
     {Opt::kDoc, "doc", 0, Arg::kValue, "FILE", "take settings from a document file (.TS1) saved by the plug-in; options given too override it"},
     {Opt::kSize, "size", 0, Arg::kValue, "WxH", "the swatch's size in pixels, e.g. 128x64 (default 64x64)"},
+    {Opt::kMaxMemory, "max-memory", 0, Arg::kValue, "SIZE",
+     "stop with \"Memory error\" rather than hold more than SIZE bytes of pictures (suffix K, M "
+     "or G); a render holds a few frames however many it writes, encode holds them all"},
 };
 
 const OptionInfo& OptionInfoOf(Opt id) {
@@ -89,7 +92,8 @@ const std::vector<Opt> kBuildOptions = {
     Opt::kEffect,        Opt::kSet,        Opt::kDelay,          Opt::kPalette,
     Opt::kCustomPalette, Opt::kDither,     Opt::kSupercompress,  Opt::kTrueColour,
     Opt::kMaskBackground, Opt::kComment,   Opt::kConfig,         Opt::kNoConfig,
-    Opt::kSave,          Opt::kDoc,        Opt::kQuiet,          Opt::kHelp};
+    Opt::kSave,          Opt::kDoc,        Opt::kQuiet,          Opt::kMaxMemory,
+    Opt::kHelp};
 
 std::vector<Opt> With(std::vector<Opt> base, std::initializer_list<Opt> extra) {
   base.insert(base.begin(), extra);
@@ -106,7 +110,9 @@ const std::vector<CommandInfo>& Commands() {
       {Command::kRender, "render", "render [-o FILE] [options]", "render an animated GIF",
        "Renders the chosen effect with the settings of the configuration file and the\n"
        "options below, and writes it as an animated GIF (default: the effect's name, e.g.\n"
-       "bubbles.gif). The file appears only when it is complete.",
+       "bubbles.gif). The file appears only when it is complete. Each frame is written as\n"
+       "it is rendered, so a long animation needs memory for a few frames, not for all of\n"
+       "them; an adaptive palette renders the frames twice, first to gather their colours.",
        With(kBuildOptions, {Opt::kOutput}), 0, 0},
       {Command::kTest, "test", "test [options]", "render a trial GIF into the plug-in's data folder",
        "Renders as 'render' does into test.gif in the plug-in's data folder and prints its path.",
@@ -125,7 +131,7 @@ const std::vector<CommandInfo>& Commands() {
        "optionally dithered and supercompressed, and are written as an animated GIF.",
        {Opt::kOutput, Opt::kSet, Opt::kDelay, Opt::kPalette, Opt::kCustomPalette, Opt::kDither,
         Opt::kSupercompress, Opt::kTrueColour, Opt::kComment, Opt::kConfig, Opt::kNoConfig,
-        Opt::kSave, Opt::kQuiet, Opt::kHelp},
+        Opt::kSave, Opt::kQuiet, Opt::kMaxMemory, Opt::kHelp},
        1, -1},
       {Command::kSwatch, "swatch", "swatch FILL [--size WxH] -o FILE",
        "paint one fill into an image",
@@ -183,6 +189,7 @@ void Apply(Opt id, bool on, const std::string& value, CliArgs* out) {
     case Opt::kDir: out->dir = value; break;
     case Opt::kDoc: out->doc = value; break;
     case Opt::kSize: out->size = value; break;
+    case Opt::kMaxMemory: out->max_memory = value; break;
   }
 }
 

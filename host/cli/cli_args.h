@@ -40,6 +40,7 @@ enum class Opt {
   kDir,
   kDoc,
   kSize,
+  kMaxMemory,
 };
 
 // Everything a command line said, as written. Switches that come in --x and
@@ -68,6 +69,7 @@ struct CliArgs {
   std::optional<std::string> dir;
   std::optional<std::string> doc;
   std::optional<std::string> size;
+  std::optional<std::string> max_memory;
   std::vector<std::string> operands;
 };
 

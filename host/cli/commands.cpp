@@ -9,9 +9,12 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
+#include <optional>
 #include <vector>
 
+#include "base/alloc.h"
 #include "controls/control_kinds.h"
 #include "dialog/settings_document.h"
 #include "dialog/settings_reader.h"
@@ -79,8 +82,44 @@ BuildOptions OptionsFrom(const Settings& settings) {
   options.web_address = kMakerWebAddress;
   // We write transparency and crop frames ourselves; delays stay hundredths.
   options.host_capabilities = kHostCapOptimise;
+  // Each frame is written as it comes, so the largest job fits in a few
+  // frames of memory. (Encode's frames are all in memory already.)
+  options.stream_frames = true;
   return options;
 }
+
+// --max-memory: a ceiling on the engine's blocks for the command's work. The
+// build's own "Memory error" then gains a line saying it was the ceiling.
+class MemoryCeiling {
+ public:
+  // False with a usage failure when the size is malformed.
+  bool Read(const CliArgs& args, Failure* failure) {
+    if (!args.max_memory) return true;
+    if (ParseMemorySize(*args.max_memory, &m_bytes)) {
+      m_text = *args.max_memory;
+      return true;
+    }
+    *failure = Failure{kExitUsage, "--max-memory: '" + *args.max_memory + "' is not a size (e.g. 512M or 2G)"};
+    return false;
+  }
+  bool set() const { return !m_text.empty(); }
+  int64_t bytes() const { return m_bytes; }
+  const std::string& text() const { return m_text; }
+  // From here on, the work may hold this many more bytes than it does now.
+  void Start() {
+    if (set()) m_scope.emplace(AllocCurrentBytes() + m_bytes);
+  }
+  // After failed work: the line that says the ceiling was the cause.
+  void ExplainFailure(CliEnvironment& env, std::string_view why) const {
+    if (m_scope && m_scope->refused())
+      Report(env, kExitFailure, std::string(why) + " more than --max-memory " + m_text + " allows");
+  }
+
+ private:
+  int64_t m_bytes = 0;
+  std::string m_text;
+  std::optional<AllocLimitScope> m_scope;
+};
 
 // After a build: the driver has reported its own message when it failed; the
 // host adds what it knows about the file.
@@ -252,6 +291,8 @@ int RunBuildCommand(const CliArgs& args, CliEnvironment& env) {
   SessionChoices session;
   Failure failure;
   PageRecords records;
+  MemoryCeiling ceiling;
+  if (!ceiling.Read(args, &failure)) return Report(env, failure);
   if (!PrepareSettings(args, env, plan, *settings, records, &session, &failure)) return Report(env, failure);
   int index = SelectedEffect(*settings, env.styles);
   if (index < 0) return Report(env, kExitFailure, "there are no effects");
@@ -267,6 +308,7 @@ int RunBuildCommand(const CliArgs& args, CliEnvironment& env) {
   CliDialogReader dialog(*settings, &style, session, &records);
   BuildMode mode = ModeOf(args.command);
   int code = kExitFailure;
+  ceiling.Start();
   if (mode == BuildMode::kPreview) {
     code = RunPreview(args, env, dialog, reporter, bar, *settings);
   } else {
@@ -282,6 +324,7 @@ int RunBuildCommand(const CliArgs& args, CliEnvironment& env) {
       if (code == kExitOk && mode == BuildMode::kTest) env.out << path << '\n';
     }
   }
+  if (code != kExitOk) ceiling.ExplainFailure(env, "the build needs");
   return SaveIfAsked(code, plan, *settings, records, env);
 }
 
@@ -349,7 +392,46 @@ bool ReadFrames(const CliArgs& args, CliEnvironment& env, int32_t delay, FrameLi
   return true;
 }
 
+// Encode cannot stream: its frames are all read before the palette is made.
+// A binary PPM holds three bytes a pixel and a frame in memory at least as
+// many, so files larger than the ceiling together can never fit; saying so
+// before reading spares the wait. (Standard input has no size to check.)
+bool FramesSurelyExceed(const CliArgs& args, int64_t ceiling) {
+  uintmax_t total = 0;
+  for (const std::string& name : args.operands) {
+    std::error_code error;
+    uintmax_t size = name == "-" ? 0 : std::filesystem::file_size(name, error);
+    if (!error) total += size;
+  }
+  return total > static_cast<uintmax_t>(ceiling);
+}
+
 }  // namespace
+
+bool ParseMemorySize(std::string_view text, int64_t* bytes) {
+  constexpr int64_t kMost = int64_t{1} << 62;
+  int64_t value = 0;
+  size_t i = 0;
+  for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i) {
+    if (value > (kMost - (text[i] - '0')) / 10) return false;
+    value = value * 10 + (text[i] - '0');
+  }
+  if (i == 0) return false;
+  int shift = 0;
+  if (i + 1 == text.size()) {
+    switch (std::tolower(static_cast<unsigned char>(text[i]))) {
+      case 'k': shift = 10; break;
+      case 'm': shift = 20; break;
+      case 'g': shift = 30; break;
+      default: return false;
+    }
+  } else if (i != text.size()) {
+    return false;
+  }
+  if (value == 0 || value > (kMost >> shift)) return false;
+  *bytes = value << shift;
+  return true;
+}
 
 int RunEncode(const CliArgs& args, CliEnvironment& env) {
   if (!args.output) return Report(env, kExitUsage, "encode needs -o FILE (try 'tessarine encode --help')");
@@ -361,9 +443,20 @@ int RunEncode(const CliArgs& args, CliEnvironment& env) {
   PageRecords records;
   if (!PrepareSettings(args, env, plan, *settings, records, &session, &failure)) return Report(env, failure);
 
+  MemoryCeiling ceiling;
+  if (!ceiling.Read(args, &failure)) return Report(env, failure);
+  if (ceiling.set() && FramesSurelyExceed(args, ceiling.bytes())) {
+    return Report(env, kExitFailure, "encode holds every frame in memory, and the frames given take "
+                                     "more than --max-memory " + ceiling.text() + " allows");
+  }
+
   CliDialogReader dialog(*settings, nullptr, session);
   FrameList frames;
-  if (!ReadFrames(args, env, dialog.Spin(kDelayEdit), frames)) return kExitFailure;
+  ceiling.Start();
+  if (!ReadFrames(args, env, dialog.Spin(kDelayEdit), frames)) {
+    ceiling.ExplainFailure(env, "encode holds every frame in memory, and the frames need");
+    return kExitFailure;
+  }
 
   ProgressBar bar(env.err, env.err_is_terminal && !args.quiet);
   CliReporter reporter(env.err, &bar);
@@ -373,7 +466,9 @@ int RunEncode(const CliArgs& args, CliEnvironment& env) {
                        OptionsFrom(*settings)};
   bool built = RunOutputBuild(context, BuildMode::kOk, std::move(frames));
   bar.Clear();
-  return SaveIfAsked(Finish(built, host, env), plan, *settings, records, env);
+  int code = Finish(built, host, env);
+  if (code != kExitOk) ceiling.ExplainFailure(env, "encode holds every frame in memory, and the build needs");
+  return SaveIfAsked(code, plan, *settings, records, env);
 }
 
 }  // namespace tess::cli

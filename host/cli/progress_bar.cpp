@@ -1,12 +1,32 @@
 // Drawing the progress line. Builds report a step per frame; most of those do
-// not move the bar by a cell or the percentage by a point, so they draw nothing.
+// not move the bar by a cell or the percentage by a point, so they draw
+// nothing. The estimate is worked out at most once a second for the same
+// reason.
 #include "host/cli/progress_bar.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace tess::cli {
+namespace {
 
-std::string FormatProgressLine(std::string_view status, long position, long total) {
+// Before this much of a phase has passed the pace says little.
+constexpr double kFirstEstimateSeconds = 1.0;
+
+double SteadySeconds() {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+std::string Duration(long seconds) {
+  auto two = [](long n) { return std::string(n < 10 ? "0" : "") + std::to_string(n); };
+  long hours = seconds / 3600, minutes = seconds / 60 % 60;
+  std::string text = hours > 0 ? std::to_string(hours) + ":" + two(minutes) : std::to_string(minutes);
+  return text + ":" + two(seconds % 60);
+}
+
+}  // namespace
+
+std::string FormatProgressLine(std::string_view status, long position, long total, long seconds_left) {
   std::string line(status);
   if (total <= 0) return line;
   long done = std::clamp(position, 0L, total);
@@ -21,8 +41,12 @@ std::string FormatProgressLine(std::string_view status, long position, long tota
   line.append(3 - std::min<size_t>(3, number.size()), ' ');
   line += number;
   line += '%';
+  if (seconds_left >= 0) line += "  about " + Duration(seconds_left) + " left";
   return line;
 }
+
+ProgressBar::ProgressBar(std::ostream& out, bool enabled, Clock clock)
+    : m_out(out), m_enabled(enabled), m_clock(clock ? std::move(clock) : Clock(SteadySeconds)) {}
 
 void ProgressBar::SetStatus(std::string_view text) {
   if (m_status == text) return;
@@ -31,6 +55,12 @@ void ProgressBar::SetStatus(std::string_view text) {
 }
 
 void ProgressBar::Update(long position, long total) {
+  // A new total, or a bar that starts again, is a new phase.
+  if (total != m_total || position < m_position) {
+    m_phase_start = m_clock();
+    m_estimated_at = -1;
+    m_seconds_left = -1;
+  }
   m_position = position;
   m_total = total;
   Draw();
@@ -42,9 +72,22 @@ void ProgressBar::Clear() {
   m_drawn.clear();
 }
 
+long ProgressBar::SecondsLeft() {
+  if (m_total <= 0 || m_position <= 0) return -1;
+  const double now = m_clock(), elapsed = now - m_phase_start;
+  if (elapsed < kFirstEstimateSeconds) return -1;
+  if (m_estimated_at < 0 || now - m_estimated_at >= 1.0) {
+    const double left = elapsed * static_cast<double>(m_total - std::min(m_position, m_total)) /
+                        static_cast<double>(m_position);
+    m_seconds_left = static_cast<long>(left + 0.5);
+    m_estimated_at = now;
+  }
+  return m_seconds_left;
+}
+
 void ProgressBar::Draw() {
   if (!m_enabled) return;
-  std::string line = FormatProgressLine(m_status, m_position, m_total);
+  std::string line = FormatProgressLine(m_status, m_position, m_total, SecondsLeft());
   if (line == m_drawn) return;
   // Pad over a longer previous line instead of clearing first, so the line
   // never flickers blank between two states.

@@ -54,6 +54,32 @@ TEST(AllocStats, CountsLiveBytesAndThePeakButNotFailures) {
   EXPECT_EQ(AllocBlockSize(nullptr), 0u);
 }
 
+// The ceiling is on live bytes: freeing makes room again, scopes nest, and
+// only the ceiling's own refusals count as its refusals.
+TEST(AllocLimit, RefusesWhatWouldPassTheCeilingAndNoMore) {
+  const int64_t base = AllocCurrentBytes();
+  AllocLimitScope outer(base + 1000);
+  Buffer<uint8_t> a = AllocBuffer<uint8_t>(600);
+  ASSERT_TRUE(a);
+  EXPECT_TRUE(AllocBuffer<uint8_t>(400));  // exactly at the ceiling
+  EXPECT_FALSE(outer.refused());
+  {
+    AllocFailureScope fail(0);
+    EXPECT_FALSE(AllocBuffer<uint8_t>(1));
+  }
+  EXPECT_FALSE(outer.refused());
+  EXPECT_FALSE(AllocBuffer<uint8_t>(401));
+  EXPECT_TRUE(outer.refused());
+  {
+    AllocLimitScope inner(base + 700);
+    EXPECT_FALSE(AllocBuffer<uint8_t>(101));
+    EXPECT_TRUE(inner.refused());
+  }
+  EXPECT_TRUE(AllocBuffer<uint8_t>(101));  // the outer ceiling is back
+  a.reset();
+  EXPECT_TRUE(AllocBuffer<uint8_t>(1000));
+}
+
 TEST(AllocStats, EachThreadKeepsItsOwnCounts) {
   const int64_t base = AllocCurrentBytes();
   Buffer<uint8_t> mine = AllocBuffer<uint8_t>(64);

@@ -4,6 +4,7 @@
 // the configuration file, and every way a run can fail.
 #include "host/cli/cli.h"
 #include "host/cli/cli_args.h"
+#include "host/cli/commands.h"
 
 #include <gtest/gtest.h>
 
@@ -429,6 +430,53 @@ TEST_F(CliTest, ShortMemoryAnywhereFailsCleanly) {
     EXPECT_TRUE(dir.Files().empty()) << at;
   }
   EXPECT_GT(failures, 0);
+}
+
+TEST(MemorySize, WholeBytesOrKMG) {
+  int64_t bytes = 0;
+  const std::pair<const char*, int64_t> good[] = {
+      {"1", 1}, {"4096", 4096}, {"64k", 64 << 10}, {"512M", int64_t{512} << 20}, {"3g", int64_t{3} << 30}};
+  for (const auto& [text, want] : good) {
+    EXPECT_TRUE(ParseMemorySize(text, &bytes)) << text;
+    EXPECT_EQ(bytes, want) << text;
+  }
+  for (const char* bad : {"", "0", "0M", "M", "12Q", "1.5G", "-1", "12MB", " 12", "4294967297G",
+                          "99999999999999999999"})
+    EXPECT_FALSE(ParseMemorySize(bad, &bytes)) << bad;
+}
+
+// Rendering holds a few frames: 100 frames of 48 KB (4.8 MB in all) at a
+// fixed palette fit under 1 MB, most of it the remapper's tables (a
+// true-colour frame's own palette would cost the host more), while a
+// ceiling below one frame stops the build and says the ceiling was the
+// cause. Encode holds every frame, so files that together pass the ceiling
+// are refused before anything is read.
+TEST_F(CliTest, MaxMemoryHoldsRenderToAFewFramesAndRefusesEncodeEarly) {
+  std::string out = dir / "long.gif";
+  Result r = Run(Tiles("render", 100, {"-s", "Width=128", "-s", "Depth=128", "-p", "6", "--max-memory", "1M", "-o", out}));
+  ASSERT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(Decode(out).frames.size(), 100u);
+
+  r = Run(Tiles("render", 3, {"-s", "Width=64", "-s", "Depth=64", "--max-memory", "4K", "-o", dir / "x.gif"}));
+  EXPECT_EQ(r.code, kExitFailure);
+  EXPECT_EQ(r.err, "tessarine: Memory error\ntessarine: the build needs more than --max-memory 4K allows\n");
+  EXPECT_FALSE(std::filesystem::exists(dir / "x.gif"));
+
+  std::vector<std::string> words = {"encode", "--no-config", "--max-memory", "20K", "-o", dir / "e.gif"};
+  for (int i = 0; i < 3; ++i) {
+    words.push_back(dir / ("f" + std::to_string(i) + ".ppm"));
+    WriteBytes(words.back(), Ppm(64, 64, i));  // 12 KB each
+  }
+  r = Run(words);
+  EXPECT_EQ(r.code, kExitFailure);
+  EXPECT_EQ(r.err, "tessarine: encode holds every frame in memory, and the frames given take more than "
+                   "--max-memory 20K allows\n");
+  words[3] = "2M";
+  EXPECT_EQ(Run(words).code, 0);
+
+  r = Run(Tiles("render", 3, {"--max-memory", "lots", "-o", out}));
+  EXPECT_EQ(r.code, kExitUsage);
+  EXPECT_EQ(r.err, "tessarine: --max-memory: 'lots' is not a size (e.g. 512M or 2G)\n");
 }
 
 TEST_F(CliTest, UsageErrorsExitWithTwoAndWriteNothing) {

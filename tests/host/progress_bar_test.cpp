@@ -16,6 +16,35 @@ TEST(ProgressBar, LineShowsStatusBarAndPercent) {
   EXPECT_EQ(FormatProgressLine("", 20, 10), "[" + std::string(30, '#') + "] 100%");  // held to the total
 }
 
+TEST(ProgressBar, LineAddsTheTimeLeft) {
+  const std::string bar = FormatProgressLine("Building", 5, 10);
+  EXPECT_EQ(FormatProgressLine("Building", 5, 10, 0), bar + "  about 0:00 left");
+  EXPECT_EQ(FormatProgressLine("Building", 5, 10, 83), bar + "  about 1:23 left");
+  EXPECT_EQ(FormatProgressLine("Building", 5, 10, 3 * 3600 + 5 * 60 + 7), bar + "  about 3:05:07 left");
+}
+
+// The estimate is the pace of the phase so far, from its own start: a second
+// phase (new total) does not inherit the first one's time.
+TEST(ProgressBar, EstimatesFromThePaceOfThePhaseOnceItHasRunASecond) {
+  std::ostringstream out;
+  double now = 100;
+  ProgressBar bar(out, true, [&now] { return now; });
+  bar.SetStatus("Building");
+  bar.Update(0, 100);
+  now += 0.5;
+  bar.Update(10, 100);
+  EXPECT_EQ(out.str().substr(out.str().rfind('\r') + 1), FormatProgressLine("Building", 10, 100));
+  now += 1.5;  // 2 s for 20 frames: 8 s for the other 80
+  bar.Update(20, 100);
+  EXPECT_EQ(out.str().substr(out.str().rfind('\r') + 1), FormatProgressLine("Building", 20, 100, 8));
+  now += 10;
+  bar.Update(0, 50);  // the next pass
+  bar.SetStatus("Quantizing");
+  now += 2;
+  bar.Update(25, 50);
+  EXPECT_EQ(out.str().substr(out.str().rfind('\r') + 1), FormatProgressLine("Quantizing", 25, 50, 2));
+}
+
 TEST(ProgressBar, RedrawsOnChangeClearsToBlankAndIsSilentWhenDisabled) {
   std::ostringstream out;
   ProgressBar bar(out, true);
