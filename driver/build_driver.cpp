@@ -112,6 +112,13 @@ class Build {
   // Frames made elsewhere take the place of the style's rendering.
   Build(const BuildContext& context, BuildMode mode, FrameList&& frames)
       : m_c(context), m_mode(mode), m_given_frames(true), m_frames(std::move(frames)) {}
+  // A file object still open here was left by an exception (a reporter or
+  // front end that ran short while a streamed build had one open).
+  ~Build() {
+    if (m_object != 0) AbandonOutput();
+  }
+  Build(const Build&) = delete;
+  Build& operator=(const Build&) = delete;
   bool Run();
 
  private:
@@ -548,7 +555,7 @@ bool RunGuarded(const BuildContext& context, MakeBuild make) {
     Build build = make();
     return build.Run();
   } catch (const std::bad_alloc&) {
-    // None of them throws while a file object is open in the host.
+    // Any file object in the host was abandoned as the build was destroyed.
     context.reporter.ShowMessage(StringText(kStrMemoryError));
     return false;
   }
