@@ -59,8 +59,10 @@ void* AllocZeroed(size_t count, size_t size) noexcept {
   size_t bytes = count * size;
   if (bytes > SIZE_MAX - kHeader) return nullptr;
   ByteCounts& b = t_bytes;
-  // Both sides are below 2^63: current is a sum of live blocks.
-  if (bytes > static_cast<uint64_t>(INT64_MAX) || static_cast<int64_t>(bytes) > b.limit - b.current) {
+  // Both sides are below 2^63: current is a sum of live blocks. (A 32-bit
+  // size_t never reaches 2^63; widening first keeps one test for both.)
+  const uint64_t wanted = bytes;
+  if (wanted > static_cast<uint64_t>(INT64_MAX) || static_cast<int64_t>(wanted) > b.limit - b.current) {
     ++b.refusals;
     return nullptr;
   }
