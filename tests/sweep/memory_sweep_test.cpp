@@ -344,30 +344,15 @@ TEST_F(LibrarySweep, FileOperationsKeepTheOldFileWhenMemoryRunsShort) {
   Sweep([&] { return SaveFountainLibrary(path, library, 0, 3000); }, [&](bool ok) { ExpectFileKept(ok); });
 }
 
-TEST_F(LibrarySweep, EditsInMemoryChangeNothingWhenMemoryRunsShort) {
+TEST_F(LibrarySweep, AppendingInMemoryChangesNothingWhenMemoryRunsShort) {
   FountainLibraryEntry extra;
   extra.start_colour = 0x123456;
   FountainLibrary library;
-  auto load = [&] { library = Loaded(); };
-  // A failed edit leaves the library as it was.
-  auto unchanged_unless = [&](size_t size_after) {
-    return [&library, size_after](bool ok) {
-      EXPECT_EQ(library.size(), ok ? size_after : 3u);
-      if (!ok) {
-        EXPECT_EQ(library[0].start_colour, 0x102030u);
-      }
-    };
-  };
-  // An empty library must grow for its first entry.
+  // An empty library must grow for its first entry; a failed append leaves
+  // it empty. (Moving and deleting entries never allocate.)
   SweepCounts counts = Sweep([&] { library = FountainLibrary(); }, [&] { return library.Append(extra); },
                              [&](bool ok) { EXPECT_EQ(library.size(), ok ? 1u : 0u); });
   EXPECT_GT(counts.blocks, 0);
-  Sweep(load, [&] { return library.Append(extra); }, unchanged_unless(4));
-  // Moves within the library's own storage: nothing to run short of.
-  counts = Sweep(load, [&] { return library.Drag(2, 0).has_value(); }, unchanged_unless(3));
-  EXPECT_EQ(counts.blocks + counts.news, 0);
-  counts = Sweep(load, [&] { return library.Delete(1).has_value(); }, unchanged_unless(2));
-  EXPECT_EQ(counts.blocks + counts.news, 0);
 }
 
 }  // namespace
