@@ -410,4 +410,167 @@ GifStatus LzwEncoder::Encode(ByteSink& sink, const ImageBlock& image, int bit_co
   return packer.Finish(strings.prefix()) ? GifStatus::kOk : GifStatus::kWriteFailed;
 }
 
+// ---------------------------------------------------------------- choosing encoder
+
+namespace {
+
+// EncodeChoosing asks the table whether a string exists for two indices per
+// pixel, which the branch-free table above cannot answer cheaply; so it keeps
+// a plain open-addressed table of (prefix, index) keys, stamped with a
+// generation so that a clear is a counter increment. An entry is
+// generation << 32 | key << 12 | code in 64 bits.
+constexpr int kKeyedBits = 13;  // 8192 slots for at most 4096 strings
+constexpr uint32_t kKeyedSlots = 1u << kKeyedBits;
+
+class KeyedTable {
+ public:
+  explicit KeyedTable(uint32_t* slots) : m_slots(slots) { Reset(); }
+
+  void Reset() {
+    if (++m_generation == 0 || m_generation > 0xFFFF) {
+      std::memset(m_slots, 0, sizeof(uint32_t) * 2 * kKeyedSlots);
+      m_generation = 1;
+    }
+  }
+
+  // The code of (prefix, index), or -1.
+  int Find(uint32_t prefix, uint32_t index) const {
+    const uint32_t key = index << kMaxCodeBits | prefix;
+    for (uint32_t s = Home(key);; s = (s + 1) & (kKeyedSlots - 1)) {
+      const uint32_t* e = m_slots + 2 * s;
+      if (e[0] != m_generation) return -1;
+      if ((e[1] >> kMaxCodeBits) == key) return static_cast<int>(e[1] & (kCodeLimit - 1));
+    }
+  }
+
+  void Add(uint32_t prefix, uint32_t index, uint32_t code) {
+    const uint32_t key = index << kMaxCodeBits | prefix;
+    uint32_t s = Home(key);
+    while (m_slots[2 * s] == m_generation) s = (s + 1) & (kKeyedSlots - 1);
+    m_slots[2 * s] = m_generation;
+    m_slots[2 * s + 1] = key << kMaxCodeBits | code;
+  }
+
+ private:
+  static uint32_t Home(uint32_t key) { return (key * 0x9E3779B1u) >> (32 - kKeyedBits); }
+
+  uint32_t* m_slots;  // generation, key << 12 | code
+  uint32_t m_generation = 0;
+};
+
+// The same bit packing as CodePacker, one code at a time, with the full-table
+// rule as a parameter.
+class PlainPacker {
+ public:
+  PlainPacker(int code_size, SubBlockWriter& blocks, LzwFullTable full)
+      : m_blocks(blocks), m_full(full), m_clear_code(1u << code_size),
+        m_first_width(static_cast<uint32_t>(code_size) + 1), m_at(blocks.run()) {
+    Restart();
+    Put(m_clear_code);
+  }
+
+  // Writes a string's code; a new string follows it. True when the table
+  // starts over (a clear code was written), so the caller's table must too.
+  bool Code(uint32_t code) {
+    Put(code);
+    if (m_next_code == kCodeLimit && m_full == LzwFullTable::kKeep) return false;  // nothing is added
+    if (m_next_code >> m_width) {
+      if (m_width < kMaxCodeBits) {
+        ++m_width;
+      } else if (m_full == LzwFullTable::kClear) {
+        Put(m_clear_code);
+        Restart();
+        return true;
+      }
+    }
+    ++m_next_code;
+    return false;
+  }
+
+  // Whether the string the table would add next still gets a code.
+  bool Room() const { return m_next_code < kCodeLimit; }
+  uint32_t next_code() const { return m_next_code; }
+
+  bool Finish(uint32_t last) {
+    Put(last);
+    if (m_next_code < kCodeLimit && (m_next_code >> m_width) && m_width < kMaxCodeBits) ++m_width;
+    Put(m_clear_code + 1);
+    if (m_pending > 0) *m_at++ = static_cast<uint8_t>(m_bits);
+    return m_blocks.Finish(m_at);
+  }
+
+ private:
+  void Restart() {
+    m_width = m_first_width;
+    m_next_code = m_clear_code + 2;
+  }
+  void Put(uint32_t code) {
+    m_bits |= code << m_pending;
+    m_pending += m_width;
+    while (m_pending >= 8) {
+      *m_at++ = static_cast<uint8_t>(m_bits);
+      m_bits >>= 8;
+      m_pending -= 8;
+    }
+    if (m_at >= m_blocks.limit()) m_at = m_blocks.Drain(m_at);
+  }
+
+  SubBlockWriter& m_blocks;
+  const LzwFullTable m_full;
+  const uint32_t m_clear_code;
+  const uint32_t m_first_width;
+  uint8_t* m_at;
+  uint32_t m_next_code = 0;
+  uint32_t m_width = 0;
+  uint32_t m_bits = 0;
+  uint32_t m_pending = 0;
+};
+
+}  // namespace
+
+GifStatus LzwEncoder::EncodeChoosing(ByteSink& sink, const uint8_t* first, const uint8_t* second,
+                                     size_t count, int bit_count, LzwFullTable full, uint8_t* chosen) {
+  const int code_size = LzwCodeSize(bit_count);
+  if (code_size == 0 || count == 0 || !first || !second || !chosen) return GifStatus::kBadArgument;
+  const uint32_t limit = 1u << code_size;
+  for (size_t i = 0; i < count; ++i)
+    if (first[i] >= limit || second[i] >= limit) return GifStatus::kIndexTooLarge;
+  if (!m_keyed) m_keyed = AllocBuffer<uint32_t>(2 * kKeyedSlots);
+  if (!m_keyed) return GifStatus::kNoMemory;
+  std::memset(m_keyed.get(), 0, sizeof(uint32_t) * 2 * kKeyedSlots);
+
+  m_filled = false;
+  if (!sink.PutByte(static_cast<uint8_t>(code_size))) return GifStatus::kWriteFailed;
+  SubBlockWriter blocks(sink);
+  PlainPacker packer(code_size, blocks, full);
+  KeyedTable table(m_keyed.get());
+  uint32_t prefix = first[0];
+  chosen[0] = first[0];
+  for (size_t i = 1; i < count; ++i) {
+    const uint32_t a = first[i], b = second[i];
+    int code = table.Find(prefix, a);
+    uint32_t pick = a;
+    if (code < 0 && b != a) {
+      code = table.Find(prefix, b);
+      if (code >= 0) pick = b;
+    }
+    chosen[i] = static_cast<uint8_t>(pick);
+    if (code >= 0) {
+      prefix = static_cast<uint32_t>(code);
+      continue;
+    }
+    // The string ends: its code goes out and (prefix, a) gets the next one.
+    const bool room = packer.Room();
+    m_filled |= !room;
+    const uint32_t added = packer.next_code();
+    if (packer.Code(prefix)) {
+      table.Reset();
+    } else if (room) {
+      table.Add(prefix, a, added);
+    }
+    prefix = a;
+  }
+  return packer.Finish(prefix) ? GifStatus::kOk : GifStatus::kWriteFailed;
+}
+
 }  // namespace tess

@@ -22,6 +22,12 @@ int LzwCodeSize(int bit_count);
 // this bit count, so the stream cannot confuse a pixel with a control code.
 bool LzwIndicesFit(const ImageBlock& image, int bit_count);
 
+// What the encoder does once the string table holds 4096 codes: start over
+// with a clear code, or keep using the full table as it stands (a deferred
+// clear, which the format allows and pays off when the picture goes on as it
+// began).
+enum class LzwFullTable { kClear, kKeep };
+
 // Keeps its hash tables between frames, so a writer allocates them once.
 class LzwEncoder {
  public:
@@ -34,10 +40,24 @@ class LzwEncoder {
   // 2^code size or more, or memory is short. kWriteFailed when the sink fails.
   GifStatus Encode(ByteSink& sink, const ImageBlock& image, int bit_count);
 
+  // Writes one image-data block of `count` pixels where pixel i may be either
+  // first[i] or second[i] (equal where there is no choice), as the frame
+  // optimiser offers for pixels a transparent index can stand for. Greedy:
+  // the index that extends the current string wins, first[i] when both or
+  // neither do. The indices written go to chosen[i]. Refused as Encode is
+  // when an index does not fit the bit count's code size.
+  GifStatus EncodeChoosing(ByteSink& sink, const uint8_t* first, const uint8_t* second, size_t count,
+                           int bit_count, LzwFullTable full, uint8_t* chosen);
+  // Whether the last EncodeChoosing filled the string table; when it did not,
+  // both LzwFullTable variants give the same bytes.
+  bool table_filled() const { return m_filled; }
+
  private:
   bool EnsureTables();
 
   Buffer<uint32_t> m_table;  // string table, allocated on first use
+  Buffer<uint32_t> m_keyed;
+  bool m_filled = false;  // EncodeChoosing's table, allocated on its first use
 };
 
 }  // namespace tess

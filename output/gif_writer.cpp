@@ -164,6 +164,16 @@ GifStatus GifWriter::WriteImageData(const ImageBlock& image) {
   return Advance(State::kBody);
 }
 
+GifStatus GifWriter::WriteEncodedImageData(const uint8_t* block, size_t size) {
+  if (m_state != State::kDescriptor) return Refuse(GifStatus::kOutOfOrder);
+  // A code size byte, then at least the terminator.
+  if (!block || size < 2 || block[0] != LzwCodeSize(m_descriptor.bits) || block[size - 1] != 0)
+    return Refuse(GifStatus::kBadArgument);
+  if (!Put(block, size)) return GifStatus::kWriteFailed;
+  ++m_frames;
+  return Advance(State::kBody);
+}
+
 GifStatus GifWriter::CheckFrame(const GifImageDescriptor& d, const ImageBlock& image) const {
   if (GifStatus st = CheckDescriptor(d); st != GifStatus::kOk) return st;
   return CheckImage(image, d);

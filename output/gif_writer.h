@@ -98,6 +98,10 @@ class GifWriter {
   GifStatus WriteImageDescriptor(const GifImageDescriptor& descriptor);
   // The image's indices as LZW data; the image must have the descriptor's size.
   GifStatus WriteImageData(const ImageBlock& image);
+  // Image data encoded elsewhere (an LzwEncoder's block, code size byte
+  // through terminator), as a frame optimiser that tried several encodings
+  // hands over the smallest. Taken as it stands.
+  GifStatus WriteEncodedImageData(const uint8_t* block, size_t size);
   // Descriptor and data together, with every check made before either is written.
   GifStatus WriteFrame(const GifImageDescriptor& descriptor, const ImageBlock& image);
   // Whether WriteFrame would take this frame now (or right after a graphic

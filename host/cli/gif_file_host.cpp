@@ -15,7 +15,7 @@
 #include <system_error>
 
 #include "base/byte_sink.h"
-#include "host/cli/gif_frames.h"
+#include "output/gif_shaping.h"
 #include "output/gif_writer.h"
 #include "shell/strings.h"
 
@@ -86,6 +86,11 @@ class GifFileHost::File {
     screen.table_bits = m_bits;
     if (m_writer.WriteHeader(screen) != GifStatus::kOk || m_writer.WriteLoopExtension(0) != GifStatus::kOk)
       return WriteFailed(output, error);
+    if (!m_shaper.Start(m_width, m_height, m_global, m_bits)) {
+      *error = std::string(StringText(kStrMemoryError));
+      Abandon();
+      return false;
+    }
     return true;
   }
 
@@ -124,29 +129,12 @@ class GifFileHost::File {
     return false;
   }
 
-  // True when the image's colour table agrees with the global table wherever
-  // both have entries, so the frame can use the global one.
-  bool TableMatchesGlobal(const ImageBlock& image) const {
-    int entries = std::min(image.colour_table_entries(), 1 << m_bits);
-    const uint8_t* table = image.colour_table();
-    for (int i = 0; i < entries; ++i) {
-      const uint8_t* bgr = table + 4 * i;
-      const uint8_t* rgb = m_global + 3 * i;
-      if (bgr[2] != rgb[0] || bgr[1] != rgb[1] || bgr[0] != rgb[2]) return false;
-    }
-    return true;
-  }
-
-  static const uint8_t* TableRgb(const ImageBlock& image, uint8_t* rgb) {
-    ImageGetPalette(image, rgb);
-    return rgb;
-  }
-
   int m_width, m_height, m_bits;
   uint8_t m_global[kPaletteBytes];
   std::string m_temp;
   FileSink m_sink;
   GifWriter m_writer{m_sink};
+  GifFrameShaper m_shaper;
 };
 
 bool GifFileHost::File::AddFrame(const ImageRecord& record, const std::string& output,
@@ -157,71 +145,22 @@ bool GifFileHost::File::AddFrame(const ImageRecord& record, const std::string& o
     *error = which + " does not fit the file's screen";
     return false;
   }
-  const ImageBlock* pixels = image;
-  ImageBlock palettised, cropped;
-  uint8_t local_rgb[kPaletteBytes];
-  const uint8_t* local = nullptr;
-  int bits = m_bits;
-  int transparent = record.transparent_index;
-  if (image->bits() > 8) {
-    palettised = PalettiseTrueColour(*image, local_rgb, &bits);
-    if (!palettised) {
-      *error = std::string(StringText(kStrMemoryError));
-      return false;
-    }
-    pixels = &palettised;
-    local = local_rgb;
-    transparent = -1;  // an index means nothing before the frame had a palette
-  } else if (!TableMatchesGlobal(*image)) {
-    bits = image->bits();
-    local = TableRgb(*image, local_rgb);
-  }
-  if (transparent > 255) transparent = -1;
-
-  PixelBox box{0, 0, pixels->width(), pixels->height()};
-  if (transparent >= 0) {
-    box = VisibleBounds(*pixels, transparent);
-    // Nothing visible: the smallest frame a GIF allows, one transparent pixel.
-    if (box.empty()) box = PixelBox{0, 0, 1, 1};
-    if (box.width != pixels->width() || box.height != pixels->height()) {
-      cropped = CropIndices(*pixels, box);
-      if (!cropped) {
-        *error = std::string(StringText(kStrMemoryError));
-        return false;
-      }
-      pixels = &cropped;
-    }
-  }
-
-  GifImageDescriptor descriptor;
-  descriptor.left = box.left;
-  descriptor.top = box.top;
-  descriptor.width = box.width;
-  descriptor.height = box.height;
-  descriptor.bits = bits;
-  descriptor.local_table = local;
-  GifStatus status = m_writer.CheckFrame(descriptor, *pixels);
-  if (status == GifStatus::kIndexTooLarge && !local) {
-    // Indices past the global table: the frame brings its own table.
-    descriptor.bits = pixels->bits();
-    descriptor.local_table = TableRgb(*pixels, local_rgb);
-    status = m_writer.CheckFrame(descriptor, *pixels);
+  GifFrameInput input;
+  input.image = image;
+  input.transparent = record.transparent_index;
+  input.clear_behind = record.transparent == 1;
+  input.delay = static_cast<uint16_t>(Clamp16(record.delay));
+  GifShapedFrame shaped;
+  GifStatus status = m_shaper.Shape(input, &shaped);
+  if (status == GifStatus::kNoMemory) {
+    *error = std::string(StringText(kStrMemoryError));
+    return false;
   }
   if (status != GifStatus::kOk) {
     *error = which + ": " + GifStatusText(status);
     return false;
   }
-
-  GifGraphicControl control;
-  GifDisposal disposal = transparent < 0        ? GifDisposal::kUnspecified
-                         : record.transparent == 1 ? GifDisposal::kBackground
-                                                   : GifDisposal::kKeep;
-  control.flags = GifControlFlags(disposal, transparent >= 0);
-  control.delay = static_cast<uint16_t>(Clamp16(record.delay));
-  control.transparent_index = static_cast<uint8_t>(transparent >= 0 ? transparent : 0);
-  if (m_writer.WriteGraphicControl(control) != GifStatus::kOk ||
-      m_writer.WriteFrame(descriptor, *pixels) != GifStatus::kOk)
-    return WriteFailed(output, error);
+  if (WriteShapedFrame(m_writer, shaped) != GifStatus::kOk) return WriteFailed(output, error);
   return true;
 }
 

@@ -1,0 +1,296 @@
+// Frame shaping. Sections: bounds and palettes · the shaper · writing.
+#include "output/gif_shaping.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "image/frame_list.h"
+#include "output/pixel_rows.h"
+#include "output/quantize.h"
+#include "output/remap.h"
+
+namespace tess {
+
+// ---------------------------------------------------------------- bounds and palettes
+
+namespace {
+
+// Row y as one index per byte: the block's own row at 8 bits, else unpacked
+// into `scratch`.
+const uint8_t* IndexRow(const ImageBlock& image, int y, uint8_t* scratch) {
+  if (image.bits() == 8) return image.Row(y);
+  UnpackIndexRow(image, y, scratch);
+  return scratch;
+}
+
+}  // namespace
+
+PixelBox VisibleBounds(const ImageBlock& image, int transparent) {
+  const int32_t width = image.width();
+  Buffer<uint8_t> scratch;
+  if (image.bits() != 8) {
+    scratch = AllocBuffer<uint8_t>(static_cast<size_t>(width));
+    // Without room to unpack, claim the whole picture: correct, only larger.
+    if (!scratch) return PixelBox{0, 0, width, image.height()};
+  }
+  int32_t min_x = width, max_x = -1, min_y = -1, max_y = -1;
+  for (int y = 0; y < image.height(); ++y) {
+    const uint8_t* row = IndexRow(image, y, scratch.get());
+    int32_t x = 0;
+    while (x < width && row[x] == transparent) ++x;
+    if (x == width) continue;
+    if (min_y < 0) min_y = y;
+    max_y = y;
+    min_x = std::min(min_x, x);
+    // Only pixels right of the box so far can widen it.
+    for (int32_t r = width - 1; r > max_x && r >= x; --r) {
+      if (row[r] != transparent) {
+        max_x = r;
+        break;
+      }
+    }
+  }
+  if (min_y < 0) return PixelBox{};
+  return PixelBox{min_x, min_y, max_x - min_x + 1, max_y - min_y + 1};
+}
+
+ImageBlock PalettiseTrueColour(const ImageBlock& image, uint8_t* rgb, int* bits) {
+  // The quantizer reads frame lists; one frame's copy is cheap next to the
+  // octree pass over it.
+  FrameList one;
+  ImageBlock copy = DuplicateGlobalBlock(image);
+  if (!copy || !FrameListAddImage(one, std::move(copy), 0)) return ImageBlock();
+  int count = 256;
+  if (!AdaptivePalette(&count, rgb, one)) return ImageBlock();
+  // Two colours at least: a 1-bit remap thresholds brightness instead of
+  // looking colours up, which would swap the entries of a two-colour frame.
+  *bits = std::max(2, BitsForColours(count));
+  Remapper remapper;
+  if (!remapper.Init(rgb, *bits, count, RemapOptions{})) return ImageBlock();
+  return remapper.Remap(image);
+}
+
+// ---------------------------------------------------------------- the shaper
+
+namespace {
+
+// The box of the pixels of a w x h index array (row stride `stride`) for which
+// `differs(row, x)` holds; empty when none does.
+template <class Differs>
+PixelBox BoundsWhere(int w, int h, Differs differs) {
+  int32_t min_x = w, max_x = -1, min_y = -1, max_y = -1;
+  for (int y = 0; y < h; ++y) {
+    int32_t x = 0;
+    while (x < w && !differs(y, x)) ++x;
+    if (x == w) continue;
+    if (min_y < 0) min_y = y;
+    max_y = y;
+    min_x = std::min(min_x, x);
+    for (int32_t r = w - 1; r > max_x && r >= x; --r) {
+      if (differs(y, r)) {
+        max_x = r;
+        break;
+      }
+    }
+  }
+  if (min_y < 0) return PixelBox{};
+  return PixelBox{min_x, min_y, max_x - min_x + 1, max_y - min_y + 1};
+}
+
+// For each index of a table of 2^bits red, green, blue triples, the first
+// index with the same colour: a picture drawn with one index per colour gives
+// the LZW encoder fewer different strings.
+void FirstOfEachColour(const uint8_t* rgb, int bits, uint8_t* map) {
+  const int n = 1 << bits;
+  for (int i = 0; i < 256; ++i) map[i] = static_cast<uint8_t>(i);
+  for (int i = 1; i < n; ++i)
+    for (int j = 0; j < i; ++j)
+      if (std::memcmp(rgb + 3 * i, rgb + 3 * j, 3) == 0) {
+        map[i] = static_cast<uint8_t>(j);
+        break;
+      }
+}
+
+}  // namespace
+
+bool GifFrameShaper::Start(int width, int height, const uint8_t* global_rgb, int bits) {
+  m_width = width, m_height = height, m_bits = bits;
+  std::memset(m_global, 0, sizeof m_global);
+  if (global_rgb) std::memcpy(m_global, global_rgb, 3u << std::clamp(bits, 0, 8));
+  m_canvas_known = false;
+  FirstOfEachColour(m_global, std::clamp(bits, 1, 8), m_global_first);
+  const size_t n = static_cast<size_t>(width) * static_cast<size_t>(height);
+  for (Buffer<uint8_t>* b : {&m_canvas, &m_indices, &m_first, &m_second, &m_chosen, &m_best}) {
+    *b = AllocBuffer<uint8_t>(n);
+    if (!*b) return false;
+  }
+  return true;
+}
+
+// True when the image's colour table agrees with the global table wherever
+// both have entries, so the frame can use the global one.
+bool GifFrameShaper::TableMatchesGlobal(const ImageBlock& image) const {
+  int entries = std::min(image.colour_table_entries(), 1 << m_bits);
+  const uint8_t* table = image.colour_table();
+  for (int i = 0; i < entries; ++i) {
+    const uint8_t* bgr = table + 4 * i;
+    const uint8_t* rgb = m_global + 3 * i;
+    if (bgr[2] != rgb[0] || bgr[1] != rgb[1] || bgr[0] != rgb[2]) return false;
+  }
+  return true;
+}
+
+GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out) {
+  if (!m_canvas || !input.image || !*input.image) return GifStatus::kBadArgument;
+  const ImageBlock& image = *input.image;
+  if (image.width() > m_width || image.height() > m_height) return GifStatus::kBadArgument;
+
+  ImageBlock palettised;
+  const ImageBlock* pixels = &image;
+  const uint8_t* local = nullptr;
+  int bits = m_bits;
+  int transparent = input.transparent;
+  if (image.bits() > 8) {
+    palettised = PalettiseTrueColour(image, out->local_rgb, &bits);
+    if (!palettised) return GifStatus::kNoMemory;
+    pixels = &palettised;
+    local = out->local_rgb;
+    transparent = -1;  // an index means nothing before the frame had a palette
+  } else if (!TableMatchesGlobal(image) || !LzwIndicesFit(image, m_bits)) {
+    // Its own colours, or indices past the global table: its own table.
+    bits = image.bits();
+    ImageGetPalette(image, out->local_rgb);
+    local = out->local_rgb;
+  }
+  if (transparent > 255 || transparent >= (1 << bits)) transparent = -1;
+
+  // One index per colour; the transparent index keeps its meaning.
+  uint8_t local_first[256];
+  const uint8_t* first_of = m_global_first;
+  if (local) {
+    FirstOfEachColour(local, bits, local_first);
+    first_of = local_first;
+  }
+  uint8_t map[256];
+  for (int i = 0; i < 256; ++i) map[i] = i == transparent ? static_cast<uint8_t>(i) : first_of[i];
+  const int w = pixels->width(), h = pixels->height();
+  uint8_t* const frame = m_indices.get();
+  for (int y = 0; y < h; ++y) {
+    uint8_t* row = frame + static_cast<size_t>(y) * static_cast<size_t>(w);
+    if (pixels->bits() == 8) {
+      const uint8_t* in = pixels->Row(y);
+      for (int x = 0; x < w; ++x) row[x] = map[in[x]];
+    } else {
+      UnpackIndexRow(*pixels, y, row);
+      for (int x = 0; x < w; ++x) row[x] = map[row[x]];
+    }
+  }
+
+  // Drawn over the viewer's picture only when both speak of the global table
+  // and nothing clears the screen between frames.
+  const bool over_canvas = m_canvas_known && !local && !input.clear_behind;
+  const uint8_t* const canvas = m_canvas.get();
+  const size_t cw = static_cast<size_t>(m_width);
+  auto shown = [&](int y, int x) {
+    const uint8_t v = frame[static_cast<size_t>(y) * static_cast<size_t>(w) + static_cast<size_t>(x)];
+    return static_cast<int>(v) == transparent ? canvas[static_cast<size_t>(y) * cw + static_cast<size_t>(x)] : v;
+  };
+  PixelBox box;
+  if (over_canvas) {
+    box = BoundsWhere(w, h, [&](int y, int x) { return shown(y, x) != canvas[static_cast<size_t>(y) * cw + static_cast<size_t>(x)]; });
+  } else if (transparent >= 0) {
+    box = BoundsWhere(w, h, [&](int y, int x) { return frame[static_cast<size_t>(y) * static_cast<size_t>(w) + static_cast<size_t>(x)] != transparent; });
+  } else {
+    box = PixelBox{0, 0, w, h};
+  }
+  // Nothing to draw: the smallest frame a GIF allows, one pixel as it was.
+  if (box.empty()) box = PixelBox{0, 0, 1, 1};
+
+  // The box's pixels: `second` what the viewer must see, `first` the
+  // transparent index where that already shows.
+  uint8_t* const first = m_first.get();
+  uint8_t* const second = m_second.get();
+  size_t n = 0;
+  for (int y = box.top; y < box.top + box.height; ++y) {
+    for (int x = box.left; x < box.left + box.width; ++x, ++n) {
+      const uint8_t v = frame[static_cast<size_t>(y) * static_cast<size_t>(w) + static_cast<size_t>(x)];
+      if (!over_canvas) {
+        first[n] = second[n] = v;
+        continue;
+      }
+      const uint8_t s = static_cast<uint8_t>(shown(y, x));
+      second[n] = s;
+      const bool same = s == canvas[static_cast<size_t>(y) * cw + static_cast<size_t>(x)];
+      first[n] = same && transparent >= 0 ? static_cast<uint8_t>(transparent) : s;
+    }
+  }
+
+  out->data = MemorySink();
+  if (GifStatus st = EncodeSmallest(n, bits, out); st != GifStatus::kOk) return st;
+
+  // The viewer's picture after this frame.
+  if (local || input.clear_behind) {
+    m_canvas_known = false;
+  } else {
+    const uint8_t* best = m_best.get();
+    bool every_pixel = over_canvas || (box == PixelBox{0, 0, m_width, m_height});
+    size_t i = 0;
+    for (int y = box.top; y < box.top + box.height; ++y) {
+      uint8_t* row = m_canvas.get() + static_cast<size_t>(y) * cw;
+      for (int x = box.left; x < box.left + box.width; ++x, ++i) {
+        if (static_cast<int>(best[i]) == transparent) {
+          every_pixel = every_pixel && over_canvas;
+        } else {
+          row[x] = best[i];
+        }
+      }
+    }
+    m_canvas_known = every_pixel;
+  }
+
+  GifDisposal disposal = input.clear_behind       ? GifDisposal::kBackground
+                         : local && transparent < 0 ? GifDisposal::kUnspecified
+                                                    : GifDisposal::kKeep;
+  out->control.flags = GifControlFlags(disposal, transparent >= 0);
+  out->control.delay = input.delay;
+  out->control.transparent_index = static_cast<uint8_t>(transparent >= 0 ? transparent : 0);
+  out->descriptor.left = box.left;
+  out->descriptor.top = box.top;
+  out->descriptor.width = box.width;
+  out->descriptor.height = box.height;
+  out->descriptor.bits = bits;
+  out->descriptor.local_table = local;
+  return GifStatus::kOk;
+}
+
+// The candidates: each pixel its own index unless the transparent index
+// extends the string, the table cleared when full
+// and, when it filled, kept full instead. Leaning towards transparency
+// instead, or making no choice (every unchanged pixel transparent, or none), lost
+// to these on every frame of the effects measured, so they are not tried.
+GifStatus GifFrameShaper::EncodeSmallest(size_t count, int bits, GifShapedFrame* out) {
+  GifStatus st = m_lzw.EncodeChoosing(out->data, m_second.get(), m_first.get(), count, bits,
+                                      LzwFullTable::kClear, m_best.get());
+  if (st == GifStatus::kWriteFailed) return GifStatus::kNoMemory;  // only memory fails in memory
+  if (st != GifStatus::kOk || !m_lzw.table_filled()) return st;
+  MemorySink kept;
+  st = m_lzw.EncodeChoosing(kept, m_second.get(), m_first.get(), count, bits, LzwFullTable::kKeep,
+                            m_chosen.get());
+  if (st == GifStatus::kWriteFailed) return GifStatus::kNoMemory;
+  if (st != GifStatus::kOk) return st;
+  if (kept.bytes().size() < out->data.bytes().size()) {
+    out->data = std::move(kept);
+    std::swap(m_chosen, m_best);
+  }
+  return GifStatus::kOk;
+}
+
+// ---------------------------------------------------------------- writing
+
+GifStatus WriteShapedFrame(GifWriter& writer, const GifShapedFrame& frame) {
+  if (GifStatus st = writer.WriteGraphicControl(frame.control); st != GifStatus::kOk) return st;
+  if (GifStatus st = writer.WriteImageDescriptor(frame.descriptor); st != GifStatus::kOk) return st;
+  return writer.WriteEncodedImageData(frame.data.bytes().data(), frame.data.bytes().size());
+}
+
+}  // namespace tess

@@ -1,0 +1,93 @@
+// Frame shaping: how each image a build delivers becomes the GIF frame that
+// shows the same picture in the fewest bytes. This is the one place that
+// decides the crop box, which pixels the transparent index stands for, the
+// disposal, the global or a local table and the LZW variant; the command-line
+// host only hands frames over and writes what comes back.
+//
+// For frames drawn over what the viewer already shows ("do not dispose"),
+// the shaper keeps that picture as global-table indices. Every pixel the new
+// frame leaves as it was may then be written as the transparent index or as
+// its own index, and the frame is cropped to the pixels that change. Which
+// pixels get which is left to the LZW encoder (the index that extends its
+// current string), and the shaper keeps whichever of a few such encodings is
+// smallest. Loops work on whole rows; the tests hold the references.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "base/alloc.h"
+#include "base/byte_sink.h"
+#include "image/image.h"
+#include "output/gif_lzw.h"
+#include "output/gif_writer.h"
+
+namespace tess {
+
+// A rectangle of pixels, top-down; empty when width or height is 0.
+struct PixelBox {
+  int32_t left = 0;
+  int32_t top = 0;
+  int32_t width = 0;
+  int32_t height = 0;
+
+  bool empty() const { return width <= 0 || height <= 0; }
+  bool operator==(const PixelBox&) const = default;
+};
+
+// The smallest box holding every pixel of a 1-, 4- or 8-bit image whose index
+// is not `transparent`; empty when every pixel is transparent.
+PixelBox VisibleBounds(const ImageBlock& image, int transparent);
+
+// A true-colour (24- or 32-bit) frame reduced to a palette of its own: at
+// most 256 colours, exact when the frame has no more. `rgb` (768 bytes)
+// receives the palette, *bits its GIF bit count (2..8). Null when memory is
+// short.
+ImageBlock PalettiseTrueColour(const ImageBlock& image, uint8_t* rgb, int* bits);
+
+// One image as the build hands it over.
+struct GifFrameInput {
+  const ImageBlock* image = nullptr;  // indices (1, 4, 8 bits) or true colour, at the screen's origin
+  int transparent = -1;               // the index that means "as before", -1 for none
+  bool clear_behind = false;          // transparent background: each frame alone over the page
+  uint16_t delay = 0;                 // hundredths of a second
+};
+
+// What the file gets for it: the graphic control block, the descriptor (its
+// local table, if any, points into this object) and the encoded image data.
+struct GifShapedFrame {
+  GifGraphicControl control;
+  GifImageDescriptor descriptor;
+  uint8_t local_rgb[768] = {};
+  MemorySink data;
+};
+
+class GifFrameShaper {
+ public:
+  // The logical screen and its global table (2^bits red, green, blue triples).
+  // False when memory is short.
+  bool Start(int width, int height, const uint8_t* global_rgb, int bits);
+
+  // Shapes the next frame. kBadArgument when it does not fit the screen,
+  // kIndexTooLarge when its indices fit no table, kNoMemory when memory is short.
+  GifStatus Shape(const GifFrameInput& input, GifShapedFrame* out);
+
+ private:
+  bool TableMatchesGlobal(const ImageBlock& image) const;
+  // Encodes the box's candidates into `out`; the winner's indices go to m_best.
+  GifStatus EncodeSmallest(size_t count, int bits, GifShapedFrame* out);
+
+  int m_width = 0, m_height = 0, m_bits = 0;
+  uint8_t m_global[768] = {};
+  uint8_t m_global_first[256] = {};  // each index's first index of the same colour
+  bool m_canvas_known = false;  // every pixel of m_canvas is what the viewer shows
+  Buffer<uint8_t> m_canvas;     // the screen as global-table indices
+  Buffer<uint8_t> m_indices;    // the frame, one index per byte
+  Buffer<uint8_t> m_first, m_second, m_chosen, m_best;  // the crop box's pixels
+  LzwEncoder m_lzw;
+};
+
+// The shaped frame's three blocks, in order.
+GifStatus WriteShapedFrame(GifWriter& writer, const GifShapedFrame& frame);
+
+}  // namespace tess
