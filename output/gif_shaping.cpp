@@ -164,7 +164,8 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
   }
   if (transparent > 255 || transparent >= (1 << bits)) transparent = -1;
 
-  // One index per colour; the transparent index keeps its meaning.
+  // One index per colour; the transparent index keeps its meaning, and no
+  // colour becomes it.
   uint8_t local_first[256];
   const uint8_t* first_of = m_global_first;
   if (local) {
@@ -172,7 +173,8 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
     first_of = local_first;
   }
   uint8_t map[256];
-  for (int i = 0; i < 256; ++i) map[i] = i == transparent ? static_cast<uint8_t>(i) : first_of[i];
+  for (int i = 0; i < 256; ++i)
+    map[i] = i == transparent || first_of[i] == transparent ? static_cast<uint8_t>(i) : first_of[i];
   const int w = pixels->width(), h = pixels->height();
   uint8_t* const frame = m_indices.get();
   for (int y = 0; y < h; ++y) {
@@ -210,6 +212,7 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
   // transparent index where that already shows.
   uint8_t* const first = m_first.get();
   uint8_t* const second = m_second.get();
+  bool choices = false;
   size_t n = 0;
   for (int y = box.top; y < box.top + box.height; ++y) {
     for (int x = box.left; x < box.left + box.width; ++x, ++n) {
@@ -222,11 +225,12 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
       second[n] = s;
       const bool same = s == canvas[static_cast<size_t>(y) * cw + static_cast<size_t>(x)];
       first[n] = same && transparent >= 0 ? static_cast<uint8_t>(transparent) : s;
+      choices |= first[n] != s;
     }
   }
 
   out->data = MemorySink();
-  if (GifStatus st = EncodeSmallest(n, bits, out); st != GifStatus::kOk) return st;
+  if (GifStatus st = EncodeSmallest(n, bits, choices, out); st != GifStatus::kOk) return st;
 
   // The viewer's picture after this frame.
   if (local || input.clear_behind) {
@@ -263,24 +267,30 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
   return GifStatus::kOk;
 }
 
-// The candidates: each pixel its own index unless the transparent index
-// extends the string, the table cleared when full
-// and, when it filled, kept full instead. Leaning towards transparency
-// instead, or making no choice (every unchanged pixel transparent, or none), lost
-// to these on every frame of the effects measured, so they are not tried.
-GifStatus GifFrameShaper::EncodeSmallest(size_t count, int bits, GifShapedFrame* out) {
-  GifStatus st = m_lzw.EncodeChoosing(out->data, m_second.get(), m_first.get(), count, bits,
-                                      LzwFullTable::kClear, m_best.get());
-  if (st == GifStatus::kWriteFailed) return GifStatus::kNoMemory;  // only memory fails in memory
-  if (st != GifStatus::kOk || !m_lzw.table_filled()) return st;
-  MemorySink kept;
-  st = m_lzw.EncodeChoosing(kept, m_second.get(), m_first.get(), count, bits, LzwFullTable::kKeep,
-                            m_chosen.get());
-  if (st == GifStatus::kWriteFailed) return GifStatus::kNoMemory;
-  if (st != GifStatus::kOk) return st;
-  if (kept.bytes().size() < out->data.bytes().size()) {
-    out->data = std::move(kept);
-    std::swap(m_chosen, m_best);
+// The candidates: at each choice, leaning to the pixel's own index (the
+// transparent index only where it extends the string) and leaning to the
+// transparent index; each with the table cleared when full and, when it
+// filled, kept full instead. Which lean wins depends on how much of the box
+// is unchanged, so both are tried; the pure forms (every unchanged pixel
+// transparent, or none) never beat the better lean on the effects measured.
+GifStatus GifFrameShaper::EncodeSmallest(size_t count, int bits, bool choices, GifShapedFrame* out) {
+  const uint8_t* own = m_second.get();
+  const uint8_t* masked = m_first.get();
+  const uint8_t* leans[2][2] = {{own, masked}, {masked, own}};
+  size_t best = SIZE_MAX;
+  for (int lean = 0; lean < (choices ? 2 : 1); ++lean) {
+    for (LzwFullTable full : {LzwFullTable::kClear, LzwFullTable::kKeep}) {
+      MemorySink sink;
+      GifStatus st = m_lzw.EncodeChoosing(sink, leans[lean][0], leans[lean][1], count, bits, full, m_chosen.get());
+      if (st == GifStatus::kWriteFailed) return GifStatus::kNoMemory;  // only memory fails in memory
+      if (st != GifStatus::kOk) return st;
+      if (sink.bytes().size() < best) {
+        best = sink.bytes().size();
+        out->data = std::move(sink);
+        std::swap(m_chosen, m_best);
+      }
+      if (!m_lzw.table_filled()) break;  // both rules give the same bytes
+    }
   }
   return GifStatus::kOk;
 }

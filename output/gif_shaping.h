@@ -75,7 +75,7 @@ class GifFrameShaper {
  private:
   bool TableMatchesGlobal(const ImageBlock& image) const;
   // Encodes the box's candidates into `out`; the winner's indices go to m_best.
-  GifStatus EncodeSmallest(size_t count, int bits, GifShapedFrame* out);
+  GifStatus EncodeSmallest(size_t count, int bits, bool choices, GifShapedFrame* out);
 
   int m_width = 0, m_height = 0, m_bits = 0;
   uint8_t m_global[768] = {};

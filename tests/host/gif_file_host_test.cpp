@@ -128,13 +128,19 @@ TEST(GifFileHost, TransparentFramesAreCroppedAndKept) {
   EXPECT_EQ(crop.control->disposal(), 1);  // do not dispose
   EXPECT_EQ(crop.control->transparent_index, 3);
   EXPECT_EQ(std::tuple(crop.left, crop.top, crop.width, crop.height), std::tuple(4, 2, 6, 6));
-  EXPECT_EQ(std::tuple(crop.indices.front(), crop.indices[1], crop.indices.back()), std::tuple(2, 3, 0));
-  // Nothing changed: one transparent pixel in the corner.
+  // Nothing changed: one pixel in the corner.
   const auto& empty = gif.frames[2];
   EXPECT_EQ(std::tuple(empty.left, empty.top, empty.width, empty.height), std::tuple(0, 0, 1, 1));
-  EXPECT_EQ(empty.indices, std::vector<uint8_t>{3});
   EXPECT_EQ(empty.control->disposal(), 1);
-  EXPECT_EQ(gif.frames[0].control->disposal(), 0);
+  // What the viewer sees: the first frame with two pixels changed, twice.
+  auto shown = testing::ComposeFrames(gif);
+  auto rgb = [](int i) { return kPalette4[3 * i] << 16 | kPalette4[3 * i + 1] << 8 | kPalette4[3 * i + 2]; };
+  std::vector<int32_t> expected(16 * 12, rgb(1));
+  EXPECT_EQ(shown[0], expected);
+  expected[2 * 16 + 4] = rgb(2);
+  expected[7 * 16 + 9] = rgb(0);
+  EXPECT_EQ(shown[1], expected);
+  EXPECT_EQ(shown[2], expected);
 }
 
 TEST(GifFileHost, FramesOutsideTheGlobalTableBringTheirOwn) {
@@ -156,7 +162,7 @@ TEST(GifFileHost, FramesOutsideTheGlobalTableBringTheirOwn) {
   DecodedGif gif = Decode(dir / "out.gif");
   ASSERT_EQ(gif.frames.size(), 3u);
   EXPECT_EQ(gif.frames[0].local_table.size(), 3u * 256);
-  EXPECT_EQ(gif.frames[0].indices, std::vector<uint8_t>(15, 7));
+  EXPECT_EQ(testing::ComposeFrames(gif)[0], std::vector<int32_t>(15, 0));  // entry 7 is black
   ASSERT_EQ(gif.frames[1].local_table.size(), 3u * 256);
   EXPECT_EQ(gif.frames[1].local_table[4], 99);  // green of entry 1
   const auto& tc = gif.frames[2];

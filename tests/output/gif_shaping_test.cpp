@@ -1,16 +1,19 @@
-// Frame shaping: the row-pointer bounds and crop against a plain per-pixel
-// reference at every palettised depth and at odd sizes, and true-colour frames
-// reduced to their own exact palette.
-#include "host/cli/gif_frames.h"
+// Frame shaping: the bounds against a plain per-pixel reference, true-colour
+// frames reduced to their own exact palette, the choosing LZW encoder against
+// a standard decoder and the fast encoder, and whole animations shaped,
+// written and decoded back to exactly the pictures the build meant.
+#include "output/gif_shaping.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
+#include "tests/support/gif_decoder.h"
 #include "tests/support/test_support.h"
 
-namespace tess::cli {
+namespace tess {
 namespace {
 
 // The reference: every pixel through the bounds-checked accessor.
@@ -49,7 +52,7 @@ ImageBlock Scattered(int bits, int width, int height, int transparent, int x0, i
   return image;
 }
 
-TEST(GifFrames, BoundsAndCropEqualTheReferenceAtEveryDepth) {
+TEST(GifShaping, BoundsEqualTheReferenceAtEveryDepth) {
   for (int bits : {1, 4, 8}) {
     for (uint32_t seed : {1u, 2u, 3u}) {
       int width = 37 + static_cast<int>(seed), height = 23;
@@ -59,19 +62,11 @@ TEST(GifFrames, BoundsAndCropEqualTheReferenceAtEveryDepth) {
       ASSERT_EQ(box, ReferenceBounds(image, transparent)) << bits << " " << seed;
       EXPECT_EQ(box, (PixelBox{3 + static_cast<int>(seed), 2, 28 - static_cast<int>(seed), 18}));
 
-      ImageBlock cropped = CropIndices(image, box);
-      ASSERT_TRUE(cropped);
-      EXPECT_EQ(cropped.bits(), bits);
-      EXPECT_EQ(std::memcmp(cropped.colour_table(), image.colour_table(), 4u << bits), 0);
-      for (int y = 0; y < box.height; ++y)
-        for (int x = 0; x < box.width; ++x)
-          ASSERT_EQ(ImageGetPixel(cropped, x, y), ImageGetPixel(image, box.left + x, box.top + y))
-              << bits << " at " << x << "," << y;
     }
   }
 }
 
-TEST(GifFrames, FullyTransparentHasNoBoundsAndOneVisiblePixelIsOneByOne) {
+TEST(GifShaping, FullyTransparentHasNoBoundsAndOneVisiblePixelIsOneByOne) {
   ImageBlock image = ImageCreate(9, 7, nullptr, 8);
   for (int y = 0; y < 7; ++y) std::memset(image.Row(y), 5, 9);
   EXPECT_TRUE(VisibleBounds(image, 5).empty());
@@ -80,7 +75,7 @@ TEST(GifFrames, FullyTransparentHasNoBoundsAndOneVisiblePixelIsOneByOne) {
   EXPECT_EQ(VisibleBounds(image, 300), (PixelBox{0, 0, 9, 7}));  // no index can be 300
 }
 
-TEST(GifFrames, TrueColourFramesKeepTheirColoursExactly) {
+TEST(GifShaping, TrueColourFramesKeepTheirColoursExactly) {
   // Two colours, the brighter first: a luminance threshold would swap them.
   ImageBlock two = ImageCreate(6, 4, nullptr, 24);
   for (int y = 0; y < 4; ++y)
@@ -103,15 +98,274 @@ TEST(GifFrames, TrueColourFramesKeepTheirColoursExactly) {
   }
 }
 
-TEST(GifFrames, ShortMemoryGivesNullNotACrash) {
+TEST(GifShaping, ShortMemoryGivesNullNotACrash) {
   ImageBlock image = Scattered(8, 40, 30, 0, 1, 1, 20, 20, 9);
   ImageBlock colour = testing::NoiseImage(8, 8, 1);
   uint8_t rgb[kPaletteBytes];
   int bits = 0;
-  AllocFailureScope fail(0, true);
-  EXPECT_FALSE(CropIndices(image, PixelBox{1, 1, 20, 20}));
-  EXPECT_FALSE(PalettiseTrueColour(colour, rgb, &bits));
+  {
+    AllocFailureScope fail(0, true);
+    EXPECT_FALSE(PalettiseTrueColour(colour, rgb, &bits));
+  }
+  // Every allocation of a shaped frame failing in turn: "Memory error", no crash.
+  uint8_t global[kPaletteBytes] = {};
+  for (int n = 0;; ++n) {
+    GifFrameShaper shaper;
+    GifShapedFrame out;
+    GifFrameInput input;
+    input.image = &image;
+    bool started, shaped;
+    {
+      AllocFailureScope fail(n);
+      started = shaper.Start(40, 30, global, 8);
+      shaped = started && shaper.Shape(input, &out) == GifStatus::kOk;
+      input.image = &colour;
+      shaped = shaped && shaper.Shape(input, &out) == GifStatus::kOk;
+    }
+    if (shaped) break;
+    ASSERT_LT(n, 400);
+  }
+}
+
+
+// ---------------------------------------------------------------- choosing encoder
+
+// Pixels with a choice at about every third: noise where the table fills
+// (`levels` 256) or long runs where strings grow (`levels` 2).
+struct Choices {
+  std::vector<uint8_t> first, second;
+};
+
+Choices MakeChoices(size_t count, int levels, int limit, uint32_t seed) {
+  Choices c{std::vector<uint8_t>(count), std::vector<uint8_t>(count)};
+  uint32_t s = seed;
+  uint8_t run = 0;
+  for (size_t i = 0; i < count; ++i) {
+    s = s * 1103515245u + 12345u;
+    if ((s >> 16) % 7 == 0 || levels > 2) run = static_cast<uint8_t>((s >> 8) % static_cast<uint32_t>(limit));
+    c.first[i] = run;
+    c.second[i] = (s >> 20) % 3 == 0 ? static_cast<uint8_t>((s >> 4) % static_cast<uint32_t>(limit)) : run;
+  }
+  return c;
+}
+
+TEST(GifShaping, ChoosingEncoderDecodesToItsChoicesAtEveryCodeSizeAndTableRule) {
+  LzwEncoder lzw;
+  for (int bits : {1, 4, 8}) {
+    for (int levels : {2, 256}) {
+      for (LzwFullTable full : {LzwFullTable::kClear, LzwFullTable::kKeep}) {
+        const size_t count = 70000;  // fills the table several times over at 8 bits
+        Choices c = MakeChoices(count, levels, 1 << bits, static_cast<uint32_t>(bits * 31 + levels));
+        std::vector<uint8_t> chosen(count);
+        MemorySink sink;
+        ASSERT_EQ(lzw.EncodeChoosing(sink, c.first.data(), c.second.data(), count, bits, full, chosen.data()),
+                  GifStatus::kOk);
+        std::vector<uint8_t> decoded;
+        testing::LzwStreamInfo info;
+        std::string error;
+        ASSERT_TRUE(testing::DecodeLzwBlock(sink.bytes().data(), sink.bytes().size(), count, &decoded, &info, &error))
+            << error;
+        EXPECT_EQ(decoded, chosen) << bits << " " << levels;
+        for (size_t i = 0; i < count; ++i)
+          ASSERT_TRUE(chosen[i] == c.first[i] || chosen[i] == c.second[i]) << i;
+        if (bits == 8 && levels == 256) {
+          EXPECT_TRUE(lzw.table_filled());
+          // A kept table has only the leading clear code.
+          if (full == LzwFullTable::kKeep) {
+            EXPECT_EQ(info.clear_codes, 1);
+          } else {
+            EXPECT_GT(info.clear_codes, 1);
+          }
+        }
+      }
+    }
+  }
+}
+
+// Without a choice the plain encoder is the classic one: byte for byte what
+// the fast encoder writes, which the LZW tests hold against a reference.
+TEST(GifShaping, ChoosingEncoderWithoutChoicesEqualsTheFastEncoder) {
+  LzwEncoder fast, plain;
+  for (int bits : {4, 8}) {
+    ImageBlock image = testing::NoiseImage(157, 211, static_cast<uint32_t>(bits), bits == 8 ? 256 : 16);
+    ImageBlock indices = ImageCreate(image.width(), image.height(), nullptr, 8);
+    std::vector<uint8_t> flat;
+    for (int y = 0; y < image.height(); ++y)
+      for (int x = 0; x < image.width(); ++x) {
+        const uint8_t v = static_cast<uint8_t>(ImageGetPixel(image, x, y) % (1u << bits));
+        ImageSetPixel(indices, x, y, v);
+        flat.push_back(v);
+      }
+    MemorySink a, b;
+    ASSERT_EQ(fast.Encode(a, indices, bits), GifStatus::kOk);
+    std::vector<uint8_t> chosen(flat.size());
+    ASSERT_EQ(plain.EncodeChoosing(b, flat.data(), flat.data(), flat.size(), bits, LzwFullTable::kClear, chosen.data()),
+              GifStatus::kOk);
+    EXPECT_EQ(a.bytes(), b.bytes()) << bits;
+  }
+  std::vector<uint8_t> too_large{1, 2, 16}, chosen(3);
+  MemorySink sink;
+  EXPECT_EQ(plain.EncodeChoosing(sink, too_large.data(), too_large.data(), 3, 4, LzwFullTable::kClear, chosen.data()),
+            GifStatus::kIndexTooLarge);
+  EXPECT_TRUE(sink.bytes().empty());
+}
+
+// ---------------------------------------------------------------- shaped animations
+
+constexpr int kW = 37, kH = 29;
+constexpr int kUnchanged = 15;  // the build's reserved index for unchanged pixels
+
+// A 16-entry table whose entries 3 and 9 repeat entry 1's colour, as an
+// adaptive palette with the background placed twice has.
+void Table(uint8_t* rgb) {
+  std::memset(rgb, 0, kPaletteBytes);
+  for (int i = 0; i < 16; ++i) {
+    rgb[3 * i] = static_cast<uint8_t>(i * 16);
+    rgb[3 * i + 1] = static_cast<uint8_t>(255 - i * 9);
+    rgb[3 * i + 2] = static_cast<uint8_t>(i * i);
+  }
+  for (int dup : {3, 9}) std::memcpy(rgb + 3 * dup, rgb + 3, 3);
+}
+
+int32_t Rgb(const uint8_t* table, int i) { return table[3 * i] << 16 | table[3 * i + 1] << 8 | table[3 * i + 2]; }
+
+// Frames as the build delivers them: a moving block over a changing field,
+// unchanged pixels marked kUnchanged after the first, one frame with nothing
+// changed, and what the viewer must see after each.
+struct Animation {
+  std::vector<ImageBlock> frames;
+  std::vector<std::vector<int32_t>> shown;
+};
+
+Animation MakeAnimation(const uint8_t* table, int count) {
+  Animation a;
+  std::vector<int32_t> screen(kW * kH, -1);
+  uint8_t rgb_bgr[kPaletteBytes];
+  std::memcpy(rgb_bgr, table, kPaletteBytes);
+  uint32_t s = 7;
+  for (int k = 0; k < count; ++k) {
+    ImageBlock f = ImageCreate(kW, kH, rgb_bgr, 8);
+    for (int y = 0; y < kH; ++y)
+      for (int x = 0; x < kW; ++x) {
+        s = s * 1103515245u + 12345u;
+        int v = (x / 5 + y / 4 + k) % 15;
+        if (x >= k * 3 && x < k * 3 + 8 && y > 4 && y < 20) v = 9;  // the block, in a duplicate colour
+        const bool keep = k > 0 && (k == 3 || (s >> 16) % 4 != 0);
+        ImageSetPixel(f, x, y, static_cast<Colour>(keep ? kUnchanged : v));
+        if (!keep) screen[static_cast<size_t>(y * kW + x)] = Rgb(table, v);
+      }
+    a.frames.push_back(std::move(f));
+    a.shown.push_back(screen);
+  }
+  return a;
+}
+
+std::vector<uint8_t> Write(GifFrameShaper& shaper, const uint8_t* table, const Animation& a,
+                           const std::vector<bool>& clear_behind = {}) {
+  MemorySink sink;
+  GifWriter writer(sink);
+  GifScreen screen;
+  screen.width = kW, screen.height = kH, screen.global_table = table, screen.table_bits = 4;
+  EXPECT_EQ(writer.WriteHeader(screen), GifStatus::kOk);
+  EXPECT_TRUE(shaper.Start(kW, kH, table, 4));
+  for (size_t k = 0; k < a.frames.size(); ++k) {
+    GifFrameInput in;
+    in.image = &a.frames[k];
+    in.transparent = k == 0 ? -1 : kUnchanged;
+    in.clear_behind = k < clear_behind.size() && clear_behind[k];
+    in.delay = 5;
+    GifShapedFrame out;
+    EXPECT_EQ(shaper.Shape(in, &out), GifStatus::kOk);
+    EXPECT_EQ(WriteShapedFrame(writer, out), GifStatus::kOk);
+  }
+  EXPECT_EQ(writer.WriteTrailer(), GifStatus::kOk);
+  return sink.bytes();
+}
+
+testing::DecodedGif Decode(const std::vector<uint8_t>& bytes) {
+  testing::DecodedGif gif;
+  std::string error;
+  EXPECT_TRUE(testing::DecodeGif(bytes, &gif, &error)) << error;
+  return gif;
+}
+
+TEST(GifShaping, AnimationsShowExactlyTheBuildsPicturesInFewerBytes) {
+  uint8_t table[kPaletteBytes];
+  Table(table);
+  Animation a = MakeAnimation(table, 6);
+  GifFrameShaper shaper;
+  std::vector<uint8_t> bytes = Write(shaper, table, a);
+  testing::DecodedGif gif = Decode(bytes);
+  ASSERT_EQ(gif.frames.size(), 6u);
+  EXPECT_EQ(testing::ComposeFrames(gif), a.shown);
+
+  // Nothing changed in frame 3: one pixel. Drawn over the last picture, every
+  // frame keeps it; the duplicate colour is written as its first index.
+  EXPECT_EQ(gif.frames[3].width * gif.frames[3].height, 1);
+  for (const auto& f : gif.frames) {
+    EXPECT_EQ(f.control->disposal(), 1);
+    EXPECT_TRUE(std::none_of(f.indices.begin(), f.indices.end(), [](uint8_t i) { return i == 3 || i == 9; }));
+  }
+
+  // The frames as the build made them, written whole, take more room.
+  MemorySink plain;
+  GifWriter writer(plain);
+  GifScreen screen;
+  screen.width = kW, screen.height = kH, screen.global_table = table, screen.table_bits = 4;
+  ASSERT_EQ(writer.WriteHeader(screen), GifStatus::kOk);
+  for (size_t k = 0; k < a.frames.size(); ++k) {
+    GifGraphicControl control;
+    control.flags = GifControlFlags(GifDisposal::kKeep, k > 0);
+    control.transparent_index = kUnchanged;
+    GifImageDescriptor d;
+    d.width = kW, d.height = kH, d.bits = 4;
+    ASSERT_EQ(writer.WriteGraphicControl(control), GifStatus::kOk);
+    ASSERT_EQ(writer.WriteFrame(d, a.frames[k]), GifStatus::kOk);
+  }
+  ASSERT_EQ(writer.WriteTrailer(), GifStatus::kOk);
+  EXPECT_LT(bytes.size(), plain.bytes().size());
+}
+
+TEST(GifShaping, ClearedBackgroundsAndOwnTablesStartThePictureAfresh) {
+  uint8_t table[kPaletteBytes];
+  Table(table);
+  Animation a = MakeAnimation(table, 4);
+  // Frame 1 in colours of its own: the frames after it cannot lean on the
+  // picture as global-table indices, so they draw their own pixels whole.
+  uint8_t* entry = a.frames[1].colour_table() + 4 * 2;
+  entry[0] ^= 0x55;
+  GifFrameShaper shaper;
+  testing::DecodedGif gif = Decode(Write(shaper, table, a));
+  ASSERT_EQ(gif.frames.size(), 4u);
+  EXPECT_FALSE(gif.frames[1].local_table.empty());
+  EXPECT_TRUE(gif.frames[2].local_table.empty());
+  auto shown = testing::ComposeFrames(gif);
+  EXPECT_EQ(shown[0], a.shown[0]);
+  EXPECT_EQ(shown[3], [&] {
+    // Frame 1's changed pixels in its own colours, then as built.
+    std::vector<int32_t> want = a.shown[3];
+    for (int y = 0; y < kH; ++y)
+      for (int x = 0; x < kW; ++x) {
+        const size_t at = static_cast<size_t>(y * kW + x);
+        bool later = false;
+        for (int k = 2; k <= 3; ++k) later |= ImageGetPixel(a.frames[static_cast<size_t>(k)], x, y) != kUnchanged;
+        if (!later && ImageGetPixel(a.frames[1], x, y) == 2) want[at] = Rgb(table, 2) ^ 0x55;
+      }
+    return want;
+  }());
+
+  // A transparent background: every frame alone, cropped to what it shows,
+  // and disposed to the background.
+  GifFrameShaper cleared;
+  testing::DecodedGif alone = Decode(Write(cleared, table, a, {true, true, true, true}));
+  for (size_t k = 1; k < alone.frames.size(); ++k) {
+    EXPECT_EQ(alone.frames[k].control->disposal(), 2);
+    PixelBox visible = VisibleBounds(a.frames[k], kUnchanged);
+    if (visible.empty()) visible = PixelBox{0, 0, 1, 1};  // the least a frame can be
+    EXPECT_EQ(PixelBox({alone.frames[k].left, alone.frames[k].top, alone.frames[k].width, alone.frames[k].height}),
+              visible);
+  }
 }
 
 }  // namespace
-}  // namespace tess::cli
+}  // namespace tess

@@ -285,4 +285,30 @@ bool DecodeLzwBlock(const uint8_t* data, size_t size, size_t pixel_count,
   return false;
 }
 
+std::vector<std::vector<int32_t>> ComposeFrames(const DecodedGif& gif) {
+  std::vector<std::vector<int32_t>> shown;
+  std::vector<int32_t> screen(static_cast<size_t>(gif.width) * static_cast<size_t>(gif.height), -1);
+  for (const GifDecodedFrame& f : gif.frames) {
+    const std::vector<uint8_t>& table = f.local_table.empty() ? gif.global_table : f.local_table;
+    const bool transparency = f.control && f.control->has_transparency();
+    const std::vector<int32_t> before = screen;
+    for (int y = 0; y < f.height; ++y)
+      for (int x = 0; x < f.width; ++x) {
+        const uint8_t index = f.indices[static_cast<size_t>(y * f.width + x)];
+        if (transparency && index == f.control->transparent_index) continue;
+        const uint8_t* e = &table[3 * static_cast<size_t>(index)];
+        screen[static_cast<size_t>((f.top + y) * gif.width + f.left + x)] = e[0] << 16 | e[1] << 8 | e[2];
+      }
+    shown.push_back(screen);
+    const int disposal = f.control ? f.control->disposal() : 0;
+    if (disposal == 2 || disposal == 3)
+      for (int y = 0; y < f.height; ++y)
+        for (int x = 0; x < f.width; ++x) {
+          const size_t at = static_cast<size_t>((f.top + y) * gif.width + f.left + x);
+          screen[at] = disposal == 2 ? -1 : before[at];
+        }
+  }
+  return shown;
+}
+
 }  // namespace tess::testing

@@ -64,4 +64,9 @@ bool DecodeGif(const std::vector<uint8_t>& bytes, DecodedGif* out, std::string* 
 bool DecodeLzwBlock(const uint8_t* data, size_t size, size_t pixel_count,
                     std::vector<uint8_t>* indices, LzwStreamInfo* info, std::string* error);
 
+// What a viewer shows after each frame: 0xRRGGBB per screen pixel, -1 where
+// nothing has been drawn (or disposal restored the background, which a page
+// shows through). Applies transparency and all four disposals.
+std::vector<std::vector<int32_t>> ComposeFrames(const DecodedGif& gif);
+
 }  // namespace tess::testing
