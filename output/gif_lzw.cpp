@@ -416,9 +416,9 @@ namespace {
 
 // EncodeChoosing asks the table whether a string exists for two indices per
 // pixel, which the branch-free table above cannot answer cheaply; so it keeps
-// a plain open-addressed table of (prefix, index) keys, stamped with a
-// generation so that a clear is a counter increment. An entry is
-// generation << 32 | key << 12 | code in 64 bits.
+// a plain open-addressed table of entries key << 12 | code, with the key
+// index << 12 | prefix (never 0, as codes start above the end code). At 32 KB
+// it stays in the first-level cache, and clearing it is a memset.
 constexpr int kKeyedBits = 13;  // 8192 slots for at most 4096 strings
 constexpr uint32_t kKeyedSlots = 1u << kKeyedBits;
 
@@ -426,36 +426,29 @@ class KeyedTable {
  public:
   explicit KeyedTable(uint32_t* slots) : m_slots(slots) { Reset(); }
 
-  void Reset() {
-    if (++m_generation == 0 || m_generation > 0xFFFF) {
-      std::memset(m_slots, 0, sizeof(uint32_t) * 2 * kKeyedSlots);
-      m_generation = 1;
-    }
-  }
+  void Reset() { std::memset(m_slots, 0, sizeof(uint32_t) * kKeyedSlots); }
 
   // The code of (prefix, index), or -1.
   int Find(uint32_t prefix, uint32_t index) const {
     const uint32_t key = index << kMaxCodeBits | prefix;
     for (uint32_t s = Home(key);; s = (s + 1) & (kKeyedSlots - 1)) {
-      const uint32_t* e = m_slots + 2 * s;
-      if (e[0] != m_generation) return -1;
-      if ((e[1] >> kMaxCodeBits) == key) return static_cast<int>(e[1] & (kCodeLimit - 1));
+      const uint32_t e = m_slots[s];
+      if (e == 0) return -1;
+      if ((e >> kMaxCodeBits) == key) return static_cast<int>(e & (kCodeLimit - 1));
     }
   }
 
   void Add(uint32_t prefix, uint32_t index, uint32_t code) {
     const uint32_t key = index << kMaxCodeBits | prefix;
     uint32_t s = Home(key);
-    while (m_slots[2 * s] == m_generation) s = (s + 1) & (kKeyedSlots - 1);
-    m_slots[2 * s] = m_generation;
-    m_slots[2 * s + 1] = key << kMaxCodeBits | code;
+    while (m_slots[s] != 0) s = (s + 1) & (kKeyedSlots - 1);
+    m_slots[s] = key << kMaxCodeBits | code;
   }
 
  private:
   static uint32_t Home(uint32_t key) { return (key * 0x9E3779B1u) >> (32 - kKeyedBits); }
 
-  uint32_t* m_slots;  // generation, key << 12 | code
-  uint32_t m_generation = 0;
+  uint32_t* m_slots;
 };
 
 // The same bit packing as CodePacker, one code at a time, with the full-table
@@ -535,9 +528,8 @@ GifStatus LzwEncoder::EncodeChoosing(ByteSink& sink, const uint8_t* first, const
   const uint32_t limit = 1u << code_size;
   for (size_t i = 0; i < count; ++i)
     if (first[i] >= limit || second[i] >= limit) return GifStatus::kIndexTooLarge;
-  if (!m_keyed) m_keyed = AllocBuffer<uint32_t>(2 * kKeyedSlots);
+  if (!m_keyed) m_keyed = AllocBuffer<uint32_t>(kKeyedSlots);
   if (!m_keyed) return GifStatus::kNoMemory;
-  std::memset(m_keyed.get(), 0, sizeof(uint32_t) * 2 * kKeyedSlots);
 
   m_filled = false;
   if (!sink.PutByte(static_cast<uint8_t>(code_size))) return GifStatus::kWriteFailed;

@@ -269,30 +269,36 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
 
 // The candidates: at each choice, leaning to the pixel's own index (the
 // transparent index only where it extends the string) and leaning to the
-// transparent index; each with the table cleared when full and, when it
-// filled, kept full instead. Which lean wins depends on how much of the box
-// is unchanged, so both are tried; the pure forms (every unchanged pixel
-// transparent, or none) never beat the better lean on the effects measured.
+// transparent index, with the table cleared when full; then, when the table
+// filled, the better lean with the full table kept instead. Which lean wins
+// depends on how much of the box is unchanged, so both are tried; the pure
+// forms (every unchanged pixel transparent, or none) never beat the better
+// lean on the effects measured.
 GifStatus GifFrameShaper::EncodeSmallest(size_t count, int bits, bool choices, GifShapedFrame* out) {
   const uint8_t* own = m_second.get();
   const uint8_t* masked = m_first.get();
   const uint8_t* leans[2][2] = {{own, masked}, {masked, own}};
   size_t best = SIZE_MAX;
-  for (int lean = 0; lean < (choices ? 2 : 1); ++lean) {
-    for (LzwFullTable full : {LzwFullTable::kClear, LzwFullTable::kKeep}) {
-      MemorySink sink;
-      GifStatus st = m_lzw.EncodeChoosing(sink, leans[lean][0], leans[lean][1], count, bits, full, m_chosen.get());
-      if (st == GifStatus::kWriteFailed) return GifStatus::kNoMemory;  // only memory fails in memory
-      if (st != GifStatus::kOk) return st;
-      if (sink.bytes().size() < best) {
-        best = sink.bytes().size();
-        out->data = std::move(sink);
-        std::swap(m_chosen, m_best);
-      }
-      if (!m_lzw.table_filled()) break;  // both rules give the same bytes
+  int best_lean = 0;
+  bool filled = false;
+  auto attempt = [&](int lean, LzwFullTable full) {
+    MemorySink sink;
+    GifStatus st = m_lzw.EncodeChoosing(sink, leans[lean][0], leans[lean][1], count, bits, full, m_chosen.get());
+    if (st == GifStatus::kWriteFailed) return GifStatus::kNoMemory;  // only memory fails in memory
+    if (st != GifStatus::kOk) return st;
+    filled |= m_lzw.table_filled();
+    if (sink.bytes().size() < best) {
+      best = sink.bytes().size();
+      best_lean = lean;
+      out->data = std::move(sink);
+      std::swap(m_chosen, m_best);
     }
-  }
-  return GifStatus::kOk;
+    return GifStatus::kOk;
+  };
+  for (int lean = 0; lean < (choices ? 2 : 1); ++lean)
+    if (GifStatus st = attempt(lean, LzwFullTable::kClear); st != GifStatus::kOk) return st;
+  // Unless the table filled, keeping it full changes nothing.
+  return filled ? attempt(best_lean, LzwFullTable::kKeep) : GifStatus::kOk;
 }
 
 // ---------------------------------------------------------------- writing
