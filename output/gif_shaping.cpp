@@ -118,6 +118,7 @@ bool GifFrameShaper::Start(int width, int height, const uint8_t* global_rgb, int
   std::memset(m_global, 0, sizeof m_global);
   if (global_rgb) std::memcpy(m_global, global_rgb, 3u << std::clamp(bits, 0, 8));
   m_canvas_known = false;
+  m_lean = 0, m_full = LzwFullTable::kClear, m_since_trial = 0;
   FirstOfEachColour(m_global, std::clamp(bits, 1, 8), m_global_first);
   const size_t n = static_cast<size_t>(width) * static_cast<size_t>(height);
   for (Buffer<uint8_t>* b : {&m_canvas, &m_indices, &m_first, &m_second, &m_chosen, &m_best}) {
@@ -273,13 +274,14 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
 // filled, the better lean with the full table kept instead. Which lean wins
 // depends on how much of the box is unchanged, so both are tried; the pure
 // forms (every unchanged pixel transparent, or none) never beat the better
-// lean on the effects measured.
+// lean on the effects measured. Consecutive frames of an animation are
+// alike and so are their winners: between full trials every kTrialEvery
+// frames, a frame is encoded once, the last trial's way.
 GifStatus GifFrameShaper::EncodeSmallest(size_t count, int bits, bool choices, GifShapedFrame* out) {
   const uint8_t* own = m_second.get();
   const uint8_t* masked = m_first.get();
   const uint8_t* leans[2][2] = {{own, masked}, {masked, own}};
   size_t best = SIZE_MAX;
-  int best_lean = 0;
   bool filled = false;
   auto attempt = [&](int lean, LzwFullTable full) {
     MemorySink sink;
@@ -289,16 +291,18 @@ GifStatus GifFrameShaper::EncodeSmallest(size_t count, int bits, bool choices, G
     filled |= m_lzw.table_filled();
     if (sink.bytes().size() < best) {
       best = sink.bytes().size();
-      best_lean = lean;
+      m_lean = lean;
+      m_full = full;
       out->data = std::move(sink);
       std::swap(m_chosen, m_best);
     }
     return GifStatus::kOk;
   };
+  if (m_since_trial++ % kTrialEvery != 0) return attempt(choices ? m_lean : 0, m_full);
   for (int lean = 0; lean < (choices ? 2 : 1); ++lean)
     if (GifStatus st = attempt(lean, LzwFullTable::kClear); st != GifStatus::kOk) return st;
   // Unless the table filled, keeping it full changes nothing.
-  return filled ? attempt(best_lean, LzwFullTable::kKeep) : GifStatus::kOk;
+  return filled ? attempt(m_lean, LzwFullTable::kKeep) : GifStatus::kOk;
 }
 
 // ---------------------------------------------------------------- writing

@@ -85,6 +85,11 @@ class GifFrameShaper {
   Buffer<uint8_t> m_indices;    // the frame, one index per byte
   Buffer<uint8_t> m_first, m_second, m_chosen, m_best;  // the crop box's pixels
   LzwEncoder m_lzw;
+  // The way the last full trial found smallest, and frames since it.
+  static constexpr int kTrialEvery = 8;
+  int m_lean = 0;
+  LzwFullTable m_full = LzwFullTable::kClear;
+  int m_since_trial = 0;
 };
 
 // The shaped frame's three blocks, in order.
