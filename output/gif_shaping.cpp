@@ -194,15 +194,19 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
   const bool over_canvas = m_canvas_known && !local && !input.clear_behind;
   const uint8_t* const canvas = m_canvas.get();
   const size_t cw = static_cast<size_t>(m_width);
-  auto shown = [&](int y, int x) {
-    const uint8_t v = frame[static_cast<size_t>(y) * static_cast<size_t>(w) + static_cast<size_t>(x)];
-    return static_cast<int>(v) == transparent ? canvas[static_cast<size_t>(y) * cw + static_cast<size_t>(x)] : v;
-  };
+  const size_t fw = static_cast<size_t>(w);
+  auto frame_row = [&](int y) { return frame + static_cast<size_t>(y) * fw; };
+  auto canvas_row = [&](int y) { return canvas + static_cast<size_t>(y) * cw; };
   PixelBox box;
   if (over_canvas) {
-    box = BoundsWhere(w, h, [&](int y, int x) { return shown(y, x) != canvas[static_cast<size_t>(y) * cw + static_cast<size_t>(x)]; });
+    // A pixel changes when it is neither "as before" nor what already shows.
+    const int t = transparent;
+    box = BoundsWhere(w, h, [&](int y, int x) {
+      const uint8_t v = frame_row(y)[x];
+      return v != canvas_row(y)[x] && v != t;
+    });
   } else if (transparent >= 0) {
-    box = BoundsWhere(w, h, [&](int y, int x) { return frame[static_cast<size_t>(y) * static_cast<size_t>(w) + static_cast<size_t>(x)] != transparent; });
+    box = BoundsWhere(w, h, [&](int y, int x) { return frame_row(y)[x] != transparent; });
   } else {
     box = PixelBox{0, 0, w, h};
   }
@@ -211,24 +215,30 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
 
   // The box's pixels: `second` what the viewer must see, `first` the
   // transparent index where that already shows.
-  uint8_t* const first = m_first.get();
-  uint8_t* const second = m_second.get();
+  uint8_t* first = m_first.get();
+  uint8_t* second = m_second.get();
+  const size_t bw = static_cast<size_t>(box.width);
   bool choices = false;
-  size_t n = 0;
-  for (int y = box.top; y < box.top + box.height; ++y) {
-    for (int x = box.left; x < box.left + box.width; ++x, ++n) {
-      const uint8_t v = frame[static_cast<size_t>(y) * static_cast<size_t>(w) + static_cast<size_t>(x)];
-      if (!over_canvas) {
-        first[n] = second[n] = v;
-        continue;
-      }
-      const uint8_t s = static_cast<uint8_t>(shown(y, x));
-      second[n] = s;
-      const bool same = s == canvas[static_cast<size_t>(y) * cw + static_cast<size_t>(x)];
-      first[n] = same && transparent >= 0 ? static_cast<uint8_t>(transparent) : s;
-      choices |= first[n] != s;
+  for (int y = box.top; y < box.top + box.height; ++y, first += bw, second += bw) {
+    const uint8_t* fr = frame_row(y) + box.left;
+    if (!over_canvas) {
+      std::memcpy(first, fr, bw);
+      std::memcpy(second, fr, bw);
+      continue;
     }
+    const uint8_t* cv = canvas_row(y) + box.left;
+    const uint8_t t = static_cast<uint8_t>(transparent);  // unused when there is none
+    uint8_t any = 0;
+    for (size_t x = 0; x < bw; ++x) {
+      const uint8_t v = fr[x], c = cv[x];
+      const bool keep = (transparent >= 0 && v == t) || v == c;
+      second[x] = keep ? c : v;
+      first[x] = keep && transparent >= 0 ? t : second[x];
+      any |= static_cast<uint8_t>(first[x] ^ second[x]);
+    }
+    choices |= any != 0;
   }
+  const size_t n = bw * static_cast<size_t>(box.height);
 
   out->data = MemorySink();
   if (GifStatus st = EncodeSmallest(n, bits, choices, out); st != GifStatus::kOk) return st;
