@@ -293,6 +293,8 @@ GifStatus GifFrameShaper::EncodeSmallest(size_t count, int bits, bool choices, G
   const uint8_t* leans[2][2] = {{own, masked}, {masked, own}};
   size_t best = SIZE_MAX;
   bool filled = false;
+  int best_lean = 0;
+  LzwFullTable best_full = LzwFullTable::kClear;
   auto attempt = [&](int lean, LzwFullTable full) {
     MemorySink sink;
     GifStatus st = m_lzw.EncodeChoosing(sink, leans[lean][0], leans[lean][1], count, bits, full, m_chosen.get());
@@ -301,18 +303,23 @@ GifStatus GifFrameShaper::EncodeSmallest(size_t count, int bits, bool choices, G
     filled |= m_lzw.table_filled();
     if (sink.bytes().size() < best) {
       best = sink.bytes().size();
-      m_lean = lean;
-      m_full = full;
+      best_lean = lean, best_full = full;
       out->data = std::move(sink);
       std::swap(m_chosen, m_best);
     }
     return GifStatus::kOk;
   };
-  if (m_since_trial++ % kTrialEvery != 0) return attempt(choices ? m_lean : 0, m_full);
+  // Frames without a choice (the first, or all without a transparent index)
+  // neither use nor set the remembered lean.
+  const bool trial = !choices || m_since_trial++ % kTrialEvery == 0;
+  if (!trial) return attempt(m_lean, m_full);
   for (int lean = 0; lean < (choices ? 2 : 1); ++lean)
     if (GifStatus st = attempt(lean, LzwFullTable::kClear); st != GifStatus::kOk) return st;
   // Unless the table filled, keeping it full changes nothing.
-  return filled ? attempt(m_lean, LzwFullTable::kKeep) : GifStatus::kOk;
+  if (filled)
+    if (GifStatus st = attempt(best_lean, LzwFullTable::kKeep); st != GifStatus::kOk) return st;
+  if (choices) m_lean = best_lean, m_full = best_full;
+  return GifStatus::kOk;
 }
 
 // ---------------------------------------------------------------- writing

@@ -166,6 +166,37 @@ TEST(GifWriter, BadArgumentsAreRefusedAndWriteNothing) {
   EXPECT_EQ(w.WriteFrame({10, 5, 10, 5, 8, nullptr}, img), GifStatus::kOk);  // in the corner
 }
 
+// Data encoded elsewhere goes in as it stands, after its descriptor only and
+// with the descriptor's code size; the frame decodes as if written here.
+TEST(GifWriter, EncodedImageDataFollowsItsDescriptor) {
+  const std::vector<uint8_t> table = Ramp(16, 0);
+  ImageBlock img = IndexImage(4, 4, 4, 15, 1, true);
+  MemorySink encoded;
+  LzwEncoder lzw;
+  ASSERT_EQ(lzw.Encode(encoded, img, 4), GifStatus::kOk);
+  const std::vector<uint8_t>& block = encoded.bytes();
+
+  MemorySink sink;
+  GifWriter w(sink);
+  ASSERT_EQ(w.WriteHeader(Screen(8, 8, &table, 4)), GifStatus::kOk);
+  EXPECT_EQ(w.WriteEncodedImageData(block.data(), block.size()), GifStatus::kOutOfOrder);
+  ASSERT_EQ(w.WriteImageDescriptor({2, 2, 4, 4, 3, nullptr}), GifStatus::kOk);
+  const size_t size = sink.bytes().size();
+  EXPECT_EQ(w.WriteEncodedImageData(block.data(), block.size()), GifStatus::kBadArgument);  // code size 4, not 3
+  EXPECT_EQ(w.WriteEncodedImageData(block.data(), block.size() - 1), GifStatus::kBadArgument);  // no terminator
+  EXPECT_EQ(sink.bytes().size(), size);
+
+  MemorySink good;
+  GifWriter g(good);
+  ASSERT_EQ(g.WriteHeader(Screen(8, 8, &table, 4)), GifStatus::kOk);
+  ASSERT_EQ(g.WriteImageDescriptor({2, 2, 4, 4, 4, nullptr}), GifStatus::kOk);
+  ASSERT_EQ(g.WriteEncodedImageData(block.data(), block.size()), GifStatus::kOk);
+  ASSERT_EQ(g.WriteTrailer(), GifStatus::kOk);
+  DecodedGif gif = MustDecode(good.bytes());
+  ASSERT_EQ(gif.frames.size(), 1u);
+  EXPECT_EQ(gif.frames[0].indices, Indices(img));
+}
+
 // A sink that fails part-way leaves the writer failed: every later call says
 // so instead of appending to a broken file.
 TEST(GifWriter, AFailingSinkFailsTheWriterForGood) {
