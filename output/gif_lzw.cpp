@@ -424,31 +424,37 @@ constexpr uint32_t kKeyedSlots = 1u << kKeyedBits;
 
 class KeyedTable {
  public:
-  explicit KeyedTable(uint32_t* slots) : m_slots(slots) { Reset(); }
+  explicit KeyedTable(uint32_t* slots) : m_slots(slots) {
+    for (uint32_t c = 0; c < 256; ++c) m_offset[c] = (c * 0x9E3779B1u) >> (32 - kKeyedBits);
+    Reset();
+  }
 
   void Reset() { std::memset(m_slots, 0, sizeof(uint32_t) * kKeyedSlots); }
 
   // The code of (prefix, index), or -1.
   int Find(uint32_t prefix, uint32_t index) const {
     const uint32_t key = index << kMaxCodeBits | prefix;
-    for (uint32_t s = Home(key);; s = (s + 1) & (kKeyedSlots - 1)) {
+    for (uint32_t s = Home(prefix, index);; s = (s + 1) & (kKeyedSlots - 1)) {
       const uint32_t e = m_slots[s];
+      if ((e >> kMaxCodeBits) == key && e != 0) return static_cast<int>(e & (kCodeLimit - 1));
       if (e == 0) return -1;
-      if ((e >> kMaxCodeBits) == key) return static_cast<int>(e & (kCodeLimit - 1));
     }
   }
 
   void Add(uint32_t prefix, uint32_t index, uint32_t code) {
-    const uint32_t key = index << kMaxCodeBits | prefix;
-    uint32_t s = Home(key);
+    uint32_t s = Home(prefix, index);
     while (m_slots[s] != 0) s = (s + 1) & (kKeyedSlots - 1);
-    m_slots[s] = key << kMaxCodeBits | code;
+    m_slots[s] = (index << kMaxCodeBits | prefix) << kMaxCodeBits | code;
   }
 
  private:
-  static uint32_t Home(uint32_t key) { return (key * 0x9E3779B1u) >> (32 - kKeyedBits); }
+  // Each index's strings start at a scrambled place and the prefix, the
+  // previous lookup's result, is added without a multiplication: the lookups
+  // form one chain, so every cycle between two of them counts.
+  uint32_t Home(uint32_t prefix, uint32_t index) const { return (m_offset[index] + prefix) & (kKeyedSlots - 1); }
 
   uint32_t* m_slots;
+  uint32_t m_offset[256];
 };
 
 // The same bit packing as CodePacker, one code at a time, with the full-table
