@@ -227,14 +227,22 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
       continue;
     }
     const uint8_t* cv = canvas_row(y) + box.left;
-    const uint8_t t = static_cast<uint8_t>(transparent);  // unused when there is none
+    if (transparent < 0) {  // nothing to choose: the frame's own pixels
+      std::memcpy(first, fr, bw);
+      std::memcpy(second, fr, bw);
+      continue;
+    }
+    // Byte masks rather than branches, so the compiler can vectorise.
+    const uint8_t t = static_cast<uint8_t>(transparent);
     uint8_t any = 0;
     for (size_t x = 0; x < bw; ++x) {
       const uint8_t v = fr[x], c = cv[x];
-      const bool keep = (transparent >= 0 && v == t) || v == c;
-      second[x] = keep ? c : v;
-      first[x] = keep && transparent >= 0 ? t : second[x];
-      any |= static_cast<uint8_t>(first[x] ^ second[x]);
+      const uint8_t keep = static_cast<uint8_t>(-static_cast<int>((v == t) | (v == c)));
+      const uint8_t shown = static_cast<uint8_t>((c & keep) | (v & ~keep));
+      const uint8_t masked = static_cast<uint8_t>((t & keep) | (shown & ~keep));
+      second[x] = shown;
+      first[x] = masked;
+      any |= static_cast<uint8_t>(masked ^ shown);
     }
     choices |= any != 0;
   }
