@@ -221,17 +221,12 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
   bool choices = false;
   for (int y = box.top; y < box.top + box.height; ++y, first += bw, second += bw) {
     const uint8_t* fr = frame_row(y) + box.left;
-    if (!over_canvas) {
+    if (!over_canvas || transparent < 0) {  // nothing to choose: the frame's own pixels
       std::memcpy(first, fr, bw);
       std::memcpy(second, fr, bw);
       continue;
     }
     const uint8_t* cv = canvas_row(y) + box.left;
-    if (transparent < 0) {  // nothing to choose: the frame's own pixels
-      std::memcpy(first, fr, bw);
-      std::memcpy(second, fr, bw);
-      continue;
-    }
     // Byte masks rather than branches, so the compiler can vectorise.
     const uint8_t t = static_cast<uint8_t>(transparent);
     uint8_t any = 0;
