@@ -243,8 +243,29 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
   }
   const size_t n = bw * static_cast<size_t>(box.height);
 
+  // The code size only has to hold the indices the frame writes, whatever
+  // the table's size: a frame of few, low indices codes in fewer bits. Over
+  // the picture the transparent index is free to be any index no pixel shows,
+  // so it becomes the lowest such.
+  bool used[256] = {};
+  for (size_t i = 0; i < n; ++i) used[m_second[i]] = true;
+  int highest = 0;
+  for (int i = 0; i < 256; ++i)
+    if (used[i]) highest = i;
+  if (over_canvas && transparent >= 0) {
+    int lowest_free = 0;
+    while (lowest_free < 256 && used[lowest_free]) ++lowest_free;
+    if (lowest_free < transparent) {
+      const uint8_t from = static_cast<uint8_t>(transparent), to = static_cast<uint8_t>(lowest_free);
+      uint8_t* f = m_first.get();
+      for (size_t i = 0; i < n; ++i) f[i] = f[i] == from ? to : f[i];
+      transparent = lowest_free;
+    }
+  }
+  const int coded_bits = local ? bits : std::min(bits, BitsForColours(std::max(highest, transparent) + 1));
+
   out->data = MemorySink();
-  if (GifStatus st = EncodeSmallest(n, bits, choices, out); st != GifStatus::kOk) return st;
+  if (GifStatus st = EncodeSmallest(n, coded_bits, choices, out); st != GifStatus::kOk) return st;
 
   // The viewer's picture after this frame.
   if (local || input.clear_behind) {
@@ -276,7 +297,7 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
   out->descriptor.top = box.top;
   out->descriptor.width = box.width;
   out->descriptor.height = box.height;
-  out->descriptor.bits = bits;
+  out->descriptor.bits = coded_bits;
   out->descriptor.local_table = local;
   return GifStatus::kOk;
 }
