@@ -38,6 +38,13 @@ void CompareRow24(const uint8_t* frame, uint8_t* previous, uint8_t* mask, int wi
   }
   for (int x0 = 0; x0 < width; x0 += 8) {
     int end = std::min(width, x0 + 8);
+    // Most of a changed row is still unchanged: eight equal pixels cost one
+    // 24-byte comparison and need no copy.
+    const size_t at = 3 * static_cast<size_t>(x0);
+    if (end - x0 == 8 && std::memcmp(frame + at, previous + at, 24) == 0) {
+      mask[x0 / 8] = 0xFF;
+      continue;
+    }
     uint8_t bits = 0;
     for (int x = x0; x < end; ++x) {
       const uint8_t* f = frame + 3 * static_cast<size_t>(x);
@@ -56,10 +63,24 @@ void CompareRow24(const uint8_t* frame, uint8_t* previous, uint8_t* mask, int wi
 
 // `index` is stored as ImageSetPixel stores a value: the low byte, the low
 // nibble, or for one bit any non-zero value as 1.
+// Mask bytes come whole: a clear byte skips eight pixels, and at eight bits a
+// full one is a single store.
 template <int kBits>
 void ApplyRow(uint8_t* row, const uint8_t* mask, int width, int index) {
   for (int x = 0; x < width; ++x) {
-    if (!(mask[x / 8] & (0x80 >> (x % 8)))) continue;
+    const uint8_t m = mask[x / 8];
+    if (x % 8 == 0) {
+      if (m == 0) {
+        x += 7;
+        continue;
+      }
+      if (kBits == 8 && m == 0xFF && width - x >= 8) {
+        std::memset(row + x, index, 8);
+        x += 7;
+        continue;
+      }
+    }
+    if (!(m & (0x80 >> (x % 8)))) continue;
     if constexpr (kBits == 8) {
       row[x] = static_cast<uint8_t>(index);
     } else if constexpr (kBits == 4) {

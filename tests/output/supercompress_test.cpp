@@ -85,15 +85,26 @@ TEST(Supercompress, OtherSizesCompareTheOverlapAndShortMemoryFails) {
   EXPECT_FALSE(SupercompressMask(frame, previous));
 }
 
+// Every kind of mask byte, made and applied: clear, mixed, full within a
+// changed row (rows 0 and 4 change in one pixel each), full in an unchanged
+// row (row 5), and the short byte at the row's end.
 TEST(Supercompress, ApplyMatchesTheReferenceAtEveryDepth) {
-  ImageBlock frame = NoiseImage(13, 6, 5, 2);
+  ImageBlock frame = NoiseImage(21, 6, 5, 2);
   ImageBlock previous = Changed(frame, 9);
+  for (int y : {0, 4, 5})
+    for (int x = 0; x < 21; ++x) ImageSetPixel(previous, x, y, ImageGetPixel(frame, x, y));
+  ImageSetPixel(previous, 20, 0, ImageGetPixel(frame, 20, 0) ^ 1);
+  ImageSetPixel(previous, 3, 4, ImageGetPixel(frame, 3, 4) ^ 0x10000);
+  ImageBlock prev_ref = DuplicateGlobalBlock(previous);
   ImageBlock mask = SupercompressMask(frame, previous);
+  ASSERT_EQ(Pixels(mask), Pixels(ReferenceMask(frame, prev_ref)));
+  EXPECT_EQ(Pixels(previous), Pixels(prev_ref));
+  EXPECT_EQ(mask.Row(0)[1], 0xFF);  // the chunk path, not the whole-row one
   for (int bits : {1, 4, 8}) {
     for (int index : {0, 1, 9, 200}) {
-      ImageBlock ref = ImageCreate(13, 6, nullptr, bits);
+      ImageBlock ref = ImageCreate(21, 6, nullptr, bits);
       for (int y = 0; y < 6; ++y)
-        for (int x = 0; x < 13; ++x) ImageSetPixel(ref, x, y, static_cast<Colour>(x + y) % 3);
+        for (int x = 0; x < 21; ++x) ImageSetPixel(ref, x, y, static_cast<Colour>(x + y) % 3);
       ImageBlock fast = DuplicateGlobalBlock(ref);
       ApplySupercompressMask(fast, mask, index);
       ReferenceApply(ref, mask, index);
