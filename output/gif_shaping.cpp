@@ -107,14 +107,44 @@ inline uint64_t EqualBytes(uint64_t a, uint64_t b) {
   return (zero >> 7) * 0xFF;
 }
 
-inline uint64_t load_u64le(const uint8_t* p) {
-  uint64_t v = 0;
-  for (int i = 7; i >= 0; --i) v = v << 8 | p[i];
+// Eight index bytes as one word in the machine's own order: every operation
+// on these words works byte by byte without carries, so the order cannot
+// change a result, and memcpy compiles to one load or store.
+inline uint64_t LoadWord(const uint8_t* p) {
+  uint64_t v;
+  std::memcpy(&v, p, 8);
   return v;
 }
 
-inline void store_u64le(uint8_t* p, uint64_t v) {
-  for (int i = 0; i < 8; ++i, v >>= 8) p[i] = static_cast<uint8_t>(v);
+inline void StoreWord(uint8_t* p, uint64_t v) { std::memcpy(p, &v, 8); }
+
+// Every byte of p[0, n) equal to `from` becomes `to`.
+void ReplaceByte(uint8_t* p, size_t n, uint8_t from, uint8_t to) {
+  const uint64_t from8 = kOnes * from, to8 = kOnes * to;
+  size_t i = 0;
+  for (; i + 8 <= n; i += 8) {
+    const uint64_t v = LoadWord(p + i), hit = EqualBytes(v, from8);
+    StoreWord(p + i, (to8 & hit) | (v & ~hit));
+  }
+  for (; i < n; ++i) p[i] = p[i] == from ? to : p[i];
+}
+
+// `row` takes every byte of `drawn` but those equal to `t`; true when some
+// byte was `t`.
+bool DrawOver(uint8_t* row, const uint8_t* drawn, size_t n, uint8_t t) {
+  const uint64_t t8 = kOnes * t;
+  uint64_t seen = 0;
+  size_t x = 0;
+  for (; x + 8 <= n; x += 8) {
+    const uint64_t d = LoadWord(drawn + x), keep = EqualBytes(d, t8);
+    StoreWord(row + x, (LoadWord(row + x) & keep) | (d & ~keep));
+    seen |= keep;
+  }
+  for (; x < n; ++x) {
+    seen |= drawn[x] == t;
+    row[x] = drawn[x] == t ? row[x] : drawn[x];
+  }
+  return seen != 0;
 }
 
 // For each index of a table of 2^bits red, green, blue triples, the first
@@ -198,9 +228,13 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
     map[i] = i == transparent || first_of[i] == transparent ? static_cast<uint8_t>(i) : first_of[i];
   const int w = pixels->width(), h = pixels->height();
   uint8_t* const frame = m_indices.get();
+  bool identity = true;
+  for (int i = 0; i < 256; ++i) identity = identity && map[i] == i;
   for (int y = 0; y < h; ++y) {
     uint8_t* row = frame + static_cast<size_t>(y) * static_cast<size_t>(w);
-    if (pixels->bits() == 8) {
+    if (pixels->bits() == 8 && identity) {
+      std::memcpy(row, pixels->Row(y), static_cast<size_t>(w));
+    } else if (pixels->bits() == 8) {
       const uint8_t* in = pixels->Row(y);
       for (int x = 0; x < w; ++x) row[x] = map[in[x]];
     } else {
@@ -253,12 +287,12 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
     size_t x = 0;
     uint64_t any8 = 0;
     for (; x + 8 <= bw; x += 8) {
-      const uint64_t v = load_u64le(fr + x), c = load_u64le(cv + x), t8 = kOnes * t;
+      const uint64_t v = LoadWord(fr + x), c = LoadWord(cv + x), t8 = kOnes * t;
       const uint64_t keep = EqualBytes(v, t8) | EqualBytes(v, c);
       const uint64_t shown = (c & keep) | (v & ~keep);
       const uint64_t masked = (t8 & keep) | (shown & ~keep);
-      store_u64le(second + x, shown);
-      store_u64le(first + x, masked);
+      StoreWord(second + x, shown);
+      StoreWord(first + x, masked);
       any8 |= masked ^ shown;
     }
     any = any8 != 0;
@@ -288,9 +322,7 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
     int lowest_free = 0;
     while (lowest_free < 256 && used[lowest_free]) ++lowest_free;
     if (lowest_free < transparent) {
-      const uint8_t from = static_cast<uint8_t>(transparent), to = static_cast<uint8_t>(lowest_free);
-      uint8_t* f = m_first.get();
-      for (size_t i = 0; i < n; ++i) f[i] = f[i] == from ? to : f[i];
+      ReplaceByte(m_first.get(), n, static_cast<uint8_t>(transparent), static_cast<uint8_t>(lowest_free));
       transparent = lowest_free;
     }
   }
@@ -303,20 +335,19 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
   if (local || input.clear_behind) {
     m_canvas_known = false;
   } else {
+    // Without a transparent index every pixel is drawn; with one, a
+    // transparent pixel keeps what shows, which is known only over the canvas.
     const uint8_t* best = m_best.get();
-    bool every_pixel = over_canvas || (box == PixelBox{0, 0, m_width, m_height});
-    size_t i = 0;
-    for (int y = box.top; y < box.top + box.height; ++y) {
-      uint8_t* row = m_canvas.get() + static_cast<size_t>(y) * cw;
-      for (int x = box.left; x < box.left + box.width; ++x, ++i) {
-        if (static_cast<int>(best[i]) == transparent) {
-          every_pixel = every_pixel && over_canvas;
-        } else {
-          row[x] = best[i];
-        }
+    bool any_transparent = false;
+    for (int y = box.top; y < box.top + box.height; ++y, best += bw) {
+      uint8_t* row = m_canvas.get() + static_cast<size_t>(y) * cw + box.left;
+      if (transparent < 0) {
+        std::memcpy(row, best, bw);
+        continue;
       }
+      any_transparent |= DrawOver(row, best, bw, static_cast<uint8_t>(transparent));
     }
-    m_canvas_known = every_pixel;
+    m_canvas_known = over_canvas || (box == PixelBox{0, 0, m_width, m_height} && !any_transparent);
   }
 
   GifDisposal disposal = input.clear_behind       ? GifDisposal::kBackground
