@@ -532,8 +532,12 @@ GifStatus LzwEncoder::EncodeChoosing(ByteSink& sink, const uint8_t* first, const
   const int code_size = LzwCodeSize(bit_count);
   if (code_size == 0 || count == 0 || !first || !second || !chosen) return GifStatus::kBadArgument;
   const uint32_t limit = 1u << code_size;
-  for (size_t i = 0; i < count; ++i)
-    if (first[i] >= limit || second[i] >= limit) return GifStatus::kIndexTooLarge;
+  // Bytes always fit an eight-bit code size: the check would read both
+  // arrays for nothing.
+  if (limit < 256) {
+    for (size_t i = 0; i < count; ++i)
+      if (first[i] >= limit || second[i] >= limit) return GifStatus::kIndexTooLarge;
+  }
   if (!m_keyed) m_keyed = AllocBuffer<uint32_t>(kKeyedSlots);
   if (!m_keyed) return GifStatus::kNoMemory;
 
