@@ -10,6 +10,7 @@
 #include <new>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "base/bytes.h"
 #include "fills/file_io.h"
@@ -204,22 +205,34 @@ bool AppendFountain(const std::string& path, const FountainRecord& fountain, uin
   }
 }
 
-bool LoadFountainLibrary(const std::string& path, FountainLibrary& library) {
-  FilePtr file(std::fopen(path.c_str(), "rb"));
-  if (!file) return false;
-  uint8_t block[kLibraryEntrySize];
+bool ReadFountainLibrary(std::span<const uint8_t> bytes, FountainLibrary& library) {
   LibraryHeader header;
-  if (std::fread(block, 1, kLibraryHeaderSize, file.get()) != kLibraryHeaderSize ||
-      !ReadLibraryHeader(block, kLibraryHeaderSize, header))
-    return false;
-  // Entries follow one another, so entry i is simply the next block read.
-  for (uint32_t i = 0; i < header.count; ++i) {
+  if (!ReadLibraryHeader(bytes.data(), bytes.size(), header)) return false;
+  // Entries follow one another, so entry i is simply the next block.
+  size_t pos = kLibraryHeaderSize;
+  for (uint32_t i = 0; i < header.count; ++i, pos += kLibraryEntrySize) {
     FountainLibraryEntry entry;
-    if (std::fread(block, 1, kLibraryEntrySize, file.get()) != kLibraryEntrySize ||
-        !ReadLibraryEntry(block, kLibraryEntrySize, entry) || !library.Append(entry))
+    if (bytes.size() - pos < kLibraryEntrySize ||
+        !ReadLibraryEntry(bytes.data() + pos, kLibraryEntrySize, entry) || !library.Append(entry))
       return false;
   }
   return true;
+}
+
+bool LoadFountainLibrary(const std::string& path, FountainLibrary& library) {
+  FilePtr file(std::fopen(path.c_str(), "rb"));
+  if (!file) return false;
+  // Read whole first; a file too big to hold is refused like a damaged one.
+  try {
+    std::vector<uint8_t> bytes;
+    uint8_t block[4096];
+    size_t got;
+    while ((got = std::fread(block, 1, sizeof block, file.get())) > 0)
+      bytes.insert(bytes.end(), block, block + got);
+    return ReadFountainLibrary(bytes, library);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
 }
 
 bool SaveFountainLibrary(const std::string& path, const FountainLibrary& library, uint32_t selector,

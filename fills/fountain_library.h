@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -162,6 +163,10 @@ bool AppendFountain(const std::string& path, const FountainRecord& fountain, uin
 // count larger than the entries present, a foreign entry, short memory.
 // The entries read before the fault stay in `library`.
 bool LoadFountainLibrary(const std::string& path, FountainLibrary& library);
+
+// The same for a library file's whole bytes. Bytes past the counted entries
+// are ignored.
+bool ReadFountainLibrary(std::span<const uint8_t> bytes, FountainLibrary& library);
 
 // Rewrites the library file at `path` with `library`'s entries in its order
 // and a new header (created `now`, `selector`): the bytes of deleting the
