@@ -1,6 +1,6 @@
-// Reading and writing the configuration file. The reader takes the file in
-// reads of at most 259 characters, as the file has always been read, so the
-// prefix matching and line-length quirks of existing files keep their meaning.
+// Reading and writing the configuration file. The reader keeps the prefix
+// matching of existing files; it takes each line whole, so a text value of
+// any length the writer writes reads back as it was.
 // The writer goes through a temporary file beside the target and renames it
 // into place, so an interrupted write never loses the previous settings.
 #include "shell/config_file.h"
@@ -14,9 +14,6 @@
 
 namespace tess {
 namespace {
-
-// One read takes at most this many characters, line end included.
-constexpr int kReadChunk = 259;
 
 struct FileCloser {
   void operator()(std::FILE* f) const { std::fclose(f); }
@@ -103,15 +100,34 @@ void ApplySettingsLine(std::string_view line, Settings& settings) {
     settings.SetNumberAt(index, ParseSettingNumber(value));
 }
 
+void ReadSettingsText(std::string_view text, Settings& settings) {
+  // Whole lines, however long: a line cut after a fixed number of characters
+  // would leave its rest to be read as a line of its own, a key found by
+  // prefix or a blank line that resets the first key, so a long value
+  // written here would change other settings when read back.
+  while (!text.empty()) {
+    const size_t lf = text.find('\n');
+    const size_t end = lf == std::string_view::npos ? text.size() : lf + 1;
+    ApplySettingsLine(text.substr(0, end), settings);
+    text.remove_prefix(end);
+  }
+}
+
 bool ReadSettings(const std::string& path, Settings& settings, Platform& platform) {
   if (platform.ShiftDown() || path.empty()) return false;
   FilePtr file(std::fopen(path.c_str(), "r"));
   if (!file) return false;
-  // fgets with a buffer of kReadChunk + 1 stops after kReadChunk characters:
-  // the rest of a longer physical line arrives as the next "line" (and a line
-  // of exactly kReadChunk characters is followed by an empty one).
-  char buffer[kReadChunk + 1];
-  while (std::fgets(buffer, sizeof buffer, file.get())) ApplySettingsLine(buffer, settings);
+  // Read whole first, in text mode (CR LF becomes "\n" on Windows); a file
+  // too big to hold is not a configuration file.
+  try {
+    std::string text;
+    char block[4096];
+    size_t got;
+    while ((got = std::fread(block, 1, sizeof block, file.get())) > 0) text.append(block, got);
+    ReadSettingsText(text, settings);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
   return true;
 }
 

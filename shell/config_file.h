@@ -17,13 +17,18 @@ namespace tess {
 // file was read.
 bool ReadSettings(const std::string& path, Settings& settings, Platform& platform);
 
+// Takes every key a configuration file's whole text holds into `settings`,
+// line by line as ReadSettings reads the file. Lines are taken whole, however
+// long; a text value keeps its first 260 characters.
+void ReadSettingsText(std::string_view text, Settings& settings);
+
 // Replaces the file at `path` with every setting, stamped with the platform's
 // local time. The folder must exist already. False when nothing was written;
 // the previous file is then untouched.
 bool WriteSettings(const std::string& path, const Settings& settings, Platform& platform);
 
-// One line as read from the file (at most 259 characters, line end included or
-// not): a comment, a key with its value, or something to ignore.
+// One line as read from the file (line end included or not): a comment, a key
+// with its value, or something to ignore.
 void ApplySettingsLine(std::string_view line, Settings& settings);
 
 // The whole file's text for `now`, with "\n" line ends.
