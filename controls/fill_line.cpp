@@ -12,8 +12,9 @@ bool FillLine::TakeValue(std::string_view value) {
   Buffer<uint8_t> bytes = HexDecode(value, kFillDescriptorSize);
   FillDescriptor taken;
   if (!bytes || !ParseFillDescriptor(bytes.get(), kFillDescriptorSize, taken)) return true;
-  // The path field of a record is always NUL-terminated, so it fits back.
-  SetFillPath(taken, FillPath(m_record));
+  // The whole path field stays the record's own: a foreign pattern file's
+  // path may lack its NUL, and would not fit back through SetFillPath.
+  taken.path = m_record.path;
   taken.press_flags &= ~(kFillSwatchPressed | kFillArrowPressed);
   m_record = taken;
   m_changed = true;

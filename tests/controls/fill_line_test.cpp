@@ -35,6 +35,21 @@ TEST(FillLine, RoundTripKeepsTheReceiversPath) {
   EXPECT_EQ(received.colour, 0x123456u);
 }
 
+// A foreign pattern file's path may fill all 261 bytes without a NUL; a
+// document's line must still not choose where that record is saved.
+TEST(FillLine, AReceiverWithAnUnterminatedPathKeepsItWhole) {
+  FillDescriptor sent = Gradient();
+  const std::string line = FormatControlLine(FillLine(7, sent));
+  FillDescriptor received;
+  received.path.fill('x');
+  const auto own_path = received.path;
+  FillLine in(7, received);
+  ASSERT_TRUE(DeliverLine(in, line));
+  EXPECT_TRUE(in.changed());
+  EXPECT_EQ(received.path, own_path);
+  EXPECT_EQ(received.gradient.grad_type, kGradientConical);
+}
+
 // Too short, not hexadecimal, or not a fill record: taken, nothing changes.
 // A line of another kind is refused.
 TEST(FillLine, DamagedPayloadsAreTakenAndChangeNothing) {
