@@ -1,6 +1,7 @@
 // The command line's grammar and the build options it carries: any argument
-// list is refused with a one-line reason or parses, and a parsed one's
-// options apply to fresh settings or are refused with a reason.
+// list is refused with a one-line reason or parses, a parsed one's options
+// apply to fresh settings or are refused with a reason, and a memory size
+// read back from its number of bytes is the same size.
 #include <string>
 
 #include "fills/fill_store.h"
@@ -8,6 +9,7 @@
 #include "fuzz/fuzz_check.h"
 #include "host/cli/cli_args.h"
 #include "host/cli/cli_settings.h"
+#include "host/cli/commands.h"
 #include "shell/settings.h"
 #include "styles/style.h"
 
@@ -22,6 +24,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (parsed.command == tess::cli::Command::kHelp || parsed.help) {
     tess::cli::TopicHelp(parsed.operands.empty() ? std::string_view() : parsed.operands[0]);
     tess::cli::CommandHelp(parsed.command);
+  }
+
+  if (parsed.max_memory) {
+    int64_t bytes = 0;
+    if (tess::cli::ParseMemorySize(*parsed.max_memory, &bytes)) {
+      FUZZ_CHECK(bytes > 0);
+      int64_t again = 0;
+      FUZZ_CHECK(tess::cli::ParseMemorySize(std::to_string(bytes), &again) && again == bytes);
+    }
   }
 
   tess::Settings settings;
