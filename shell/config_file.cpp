@@ -1,10 +1,11 @@
-// Reading and writing the configuration file. The reader keeps the prefix
-// matching of existing files; it takes each line whole, so a text value of
-// any length the writer writes reads back as it was.
+// Reading and writing the configuration file. The reader takes the file in
+// reads of at most 259 characters, as the file has always been read, so the
+// prefix matching and line-length quirks of existing files keep their meaning.
 // The writer goes through a temporary file beside the target and renames it
 // into place, so an interrupted write never loses the previous settings.
 #include "shell/config_file.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -14,6 +15,9 @@
 
 namespace tess {
 namespace {
+
+// One read takes at most this many characters, line end included.
+constexpr size_t kReadChunk = 259;
 
 struct FileCloser {
   void operator()(std::FILE* f) const { std::fclose(f); }
@@ -101,13 +105,14 @@ void ApplySettingsLine(std::string_view line, Settings& settings) {
 }
 
 void ReadSettingsText(std::string_view text, Settings& settings) {
-  // Whole lines, however long: a line cut after a fixed number of characters
-  // would leave its rest to be read as a line of its own, a key found by
-  // prefix or a blank line that resets the first key, so a long value
-  // written here would change other settings when read back.
+  // Reads of at most kReadChunk characters, as the file has always been read:
+  // the rest of a longer physical line arrives as the next "line" (and a line
+  // of exactly kReadChunk characters is followed by an empty one), so existing
+  // files keep their meaning. Writers refuse values that would not fit.
   while (!text.empty()) {
     const size_t lf = text.find('\n');
-    const size_t end = lf == std::string_view::npos ? text.size() : lf + 1;
+    const size_t whole = lf == std::string_view::npos ? text.size() : lf + 1;
+    const size_t end = std::min(whole, kReadChunk);
     ApplySettingsLine(text.substr(0, end), settings);
     text.remove_prefix(end);
   }

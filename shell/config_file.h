@@ -18,8 +18,8 @@ namespace tess {
 bool ReadSettings(const std::string& path, Settings& settings, Platform& platform);
 
 // Takes every key a configuration file's whole text holds into `settings`,
-// line by line as ReadSettings reads the file. Lines are taken whole, however
-// long; a text value keeps its first 260 characters.
+// line by line as ReadSettings reads the file: each read takes at most 259
+// characters, so the rest of a longer line is read as a line of its own.
 void ReadSettingsText(std::string_view text, Settings& settings);
 
 // Replaces the file at `path` with every setting, stamped with the platform's
