@@ -102,6 +102,9 @@ LRESULT FillButton::Init(const FillButtonLinks* links, Colour default_colour) {
   Platform& platform = SystemPlatform();
   std::string path = FillFilePath(platform, GetDlgCtrlID(m_hwnd));
   m_record = CreateFillDescriptor(path, default_colour & 0xFFFFFFu, !platform.ShiftDown());
+  // A pattern file copied from elsewhere names its old place: this button
+  // writes only its own file.
+  SetFillPath(*m_record, path);
   m_swatch = {};
   RenderSwatch();
   KeepSettingInStep();
