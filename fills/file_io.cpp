@@ -1,11 +1,10 @@
-// Reading and replacing the fills' files with stdio and std::filesystem, so
-// every platform takes the same steps. Nothing here throws: allocation and
-// filesystem failures become false results.
+// Reading the fills' files with stdio and replacing them through SafeFile.
+// Nothing here throws: allocation and file failures become false results.
 #include "fills/file_io.h"
 
-#include <filesystem>
 #include <new>
-#include <system_error>
+
+#include "platform/safe_file.h"
 
 namespace tess {
 
@@ -28,27 +27,14 @@ bool ReadWholeFile(const std::string& path, Buffer<uint8_t>& data, size_t& size)
   return true;
 }
 
-bool ReplaceFileWith(std::string_view path, FileWriter write, const void* context) {
-  if (path.empty()) return false;
-  std::error_code ec;
-  bool created = false;
-  std::filesystem::path temporary;
+bool ReplaceFileWith(std::string_view path, FileWriter write, const void* context, std::string* reason) {
   try {
-    const std::filesystem::path target(path);
-    temporary = target;
-    temporary += ".tmp";
-    FileSink sink;
-    created = sink.Open(temporary.string());
-    if (created) {
-      bool ok = write(sink, context);
-      ok = sink.Close() && ok;
-      if (ok) std::filesystem::rename(temporary, target, ec);
-      if (ok && !ec) return true;
-    }
+    SafeFile file;
+    if (file.Open(std::string(path)) && write(file, context) && file.Commit()) return true;
+    if (reason) *reason = file.error();
   } catch (const std::bad_alloc&) {
+    if (reason) *reason = "Memory error";
   }
-  // Only what this save made is removed: a folder in the way stays.
-  if (created) std::filesystem::remove(temporary, ec);
   return false;
 }
 

@@ -32,24 +32,22 @@ bool ReadFileStart(const std::string& path, std::span<uint8_t> bytes);
 // is short.
 bool ReadWholeFile(const std::string& path, Buffer<uint8_t>& data, size_t& size);
 
-// Writes the file at `path` through `write(ByteSink&)` into `path` + ".tmp"
-// and renames that into place. False when the temporary cannot be made,
-// `write` returns false, a byte does not reach the disk, or the rename
-// fails; then the old file is as it was and the temporary is gone (unless
-// something that is not this save's file, such as a folder, stands in its
-// place: that is left). `write` is only referred to, so passing it never
-// allocates.
+// Writes the file at `path` through `write(ByteSink&)` into a SafeFile. False
+// when the temporary cannot be made, `write` returns false, a byte does not
+// reach the disk, or the rename fails; then the old file is as it was and the
+// temporary is gone, and *reason (when given) holds the system's reason.
+// `write` is only referred to, so passing it never allocates.
 template <class Write>
-bool ReplaceFile(std::string_view path, const Write& write);
+bool ReplaceFile(std::string_view path, const Write& write, std::string* reason = nullptr);
 
 using FileWriter = bool (*)(ByteSink& sink, const void* context);
-bool ReplaceFileWith(std::string_view path, FileWriter write, const void* context);
+bool ReplaceFileWith(std::string_view path, FileWriter write, const void* context, std::string* reason);
 
 template <class Write>
-bool ReplaceFile(std::string_view path, const Write& write) {
+bool ReplaceFile(std::string_view path, const Write& write, std::string* reason) {
   return ReplaceFileWith(
       path, [](ByteSink& sink, const void* context) { return (*static_cast<const Write*>(context))(sink); },
-      &write);
+      &write, reason);
 }
 
 }  // namespace tess

@@ -141,10 +141,10 @@ FillDescriptor CreateFillDescriptor(const std::string& path, Colour default_colo
   return record;
 }
 
-bool SaveFillDescriptor(const FillDescriptor& record) {
+bool SaveFillDescriptor(const FillDescriptor& record, std::string* reason) {
   const FillBytes bytes = SerializeFillDescriptor(record);
-  return ReplaceFile(FillPath(record),
-                     [&bytes](ByteSink& sink) { return sink.Write(bytes.data(), bytes.size()); });
+  return ReplaceFile(
+      FillPath(record), [&bytes](ByteSink& sink) { return sink.Write(bytes.data(), bytes.size()); }, reason);
 }
 
 }  // namespace tess

@@ -147,7 +147,8 @@ FillDescriptor CreateFillDescriptor(const std::string& path, Colour default_colo
 
 // Writes all 854 bytes to the file named in the path field, through a
 // temporary file beside it renamed into place: false when anything failed,
-// and then neither a partial file nor a changed old one is left.
-bool SaveFillDescriptor(const FillDescriptor& record);
+// with the system's reason in *reason, and then neither a partial file nor a
+// changed old one is left.
+bool SaveFillDescriptor(const FillDescriptor& record, std::string* reason = nullptr);
 
 }  // namespace tess

@@ -173,10 +173,10 @@ FountainRecord CreateFountainRecord(const std::string& path, uint32_t mode, bool
   return record;
 }
 
-bool SaveFountainRecord(const FountainRecord& record) {
+bool SaveFountainRecord(const FountainRecord& record, std::string* reason) {
   const FountainBytes bytes = SerializeFountainRecord(record);
-  return ReplaceFile(FountainPath(record),
-                     [&bytes](ByteSink& sink) { return sink.Write(bytes.data(), bytes.size()); });
+  return ReplaceFile(
+      FountainPath(record), [&bytes](ByteSink& sink) { return sink.Write(bytes.data(), bytes.size()); }, reason);
 }
 
 // ---------------------------------------------------------------- document value

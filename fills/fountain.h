@@ -128,8 +128,9 @@ FountainRecord CreateFountainRecord(const std::string& path, uint32_t mode, bool
 
 // Writes all 585 bytes to the file named in the path field, through a
 // temporary file beside it renamed into place: false when anything failed,
-// and then neither a partial file nor a changed old one is left.
-bool SaveFountainRecord(const FountainRecord& record);
+// with the system's reason in *reason, and then neither a partial file nor a
+// changed old one is left.
+bool SaveFountainRecord(const FountainRecord& record, std::string* reason = nullptr);
 
 // ---------------------------------------------------------------- document value
 

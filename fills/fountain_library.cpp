@@ -175,7 +175,7 @@ bool WriteFountainLibrary(ByteSink& sink, const FountainLibrary& library, uint32
 // ---------------------------------------------------------------- files
 
 bool AppendFountain(const std::string& path, const FountainRecord& fountain, uint32_t selector,
-                    uint32_t now) {
+                    uint32_t now, std::string* reason) {
   const FountainLibraryEntry entry = LibraryEntryOf(fountain);
   try {
     std::error_code ec;
@@ -184,7 +184,7 @@ bool AppendFountain(const std::string& path, const FountainRecord& fountain, uin
     if (!exists) {
       return ReplaceFile(path, [&](ByteSink& sink) {
         return WriteLibraryHeader(sink, {now, 1, selector}) && WriteLibraryEntry(sink, entry);
-      });
+      }, reason);
     }
     Buffer<uint8_t> old;
     size_t size = 0;
@@ -199,7 +199,7 @@ bool AppendFountain(const std::string& path, const FountainRecord& fountain, uin
     return ReplaceFile(path, [&](ByteSink& sink) {
       return WriteRange(sink, old.get(), 0, static_cast<size_t>(at)) && WriteLibraryEntry(sink, entry) &&
              WriteRange(sink, old.get(), entry_end, size);
-    });
+    }, reason);
   } catch (const std::bad_alloc&) {
     return false;
   }
@@ -236,9 +236,10 @@ bool LoadFountainLibrary(const std::string& path, FountainLibrary& library) {
 }
 
 bool SaveFountainLibrary(const std::string& path, const FountainLibrary& library, uint32_t selector,
-                         uint32_t now) {
+                         uint32_t now, std::string* reason) {
   if (!library.empty())
-    return ReplaceFile(path, [&](ByteSink& sink) { return WriteFountainLibrary(sink, library, selector, now); });
+    return ReplaceFile(
+        path, [&](ByteSink& sink) { return WriteFountainLibrary(sink, library, selector, now); }, reason);
   try {
     // Only a file is deleted: a folder of that name is not this library.
     std::error_code ec;

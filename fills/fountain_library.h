@@ -155,8 +155,10 @@ bool WriteFountainLibrary(ByteSink& sink, const FountainLibrary& library, uint32
 // when the file is shorter than 80 bytes, lacks the magic, or holds fewer
 // entries than its count says (the entry would land past the end; saving
 // the library as loaded repairs that file).
+// A failed write leaves the file as it was, with the system's reason in
+// *reason when given.
 bool AppendFountain(const std::string& path, const FountainRecord& fountain, uint32_t selector,
-                    uint32_t now);
+                    uint32_t now, std::string* reason = nullptr);
 
 // Appends the entries of the library file at `path` to `library`, in file
 // order. False at the first fault: no file, a short or foreign header, a
@@ -172,8 +174,9 @@ bool ReadFountainLibrary(std::span<const uint8_t> bytes, FountainLibrary& librar
 // and a new header (created `now`, `selector`): the bytes of deleting the
 // file and appending each entry in turn. An empty library deletes the file
 // (true when none is left). The new file replaces the old only once it is
-// whole; on failure the old one stays as it was.
+// whole; on failure the old one stays as it was (the system's reason in
+// *reason when given), so a process dying mid-way never loses the library.
 bool SaveFountainLibrary(const std::string& path, const FountainLibrary& library, uint32_t selector,
-                         uint32_t now);
+                         uint32_t now, std::string* reason = nullptr);
 
 }  // namespace tess

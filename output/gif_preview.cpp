@@ -72,12 +72,14 @@ std::string JoinPath(const std::string& folder, std::string_view name, char sepa
 std::string PreviewWriter::Open(const std::string& folder, int width, int height,
                                 const uint8_t* rgb_palette, int bits, char separator) {
   Abandon();
+  m_error.clear();
   const std::string html_path = JoinPath(folder, kPreviewHtmlName, separator);
-  FileSink html;
   const std::string_view page = PreviewHtmlText();
-  if (!html.Open(html_path) || !html.Write(page.data(), page.size()) || !html.Close()) return {};
-
-  if (!m_file.Open(JoinPath(folder, kPreviewGifName, separator))) return {};
+  if (!m_html.Open(html_path) || !m_html.Write(page.data(), page.size()) ||
+      !m_file.Open(JoinPath(folder, kPreviewGifName, separator))) {
+    Abandon();
+    return {};
+  }
   m_gif.emplace(m_file);
   if (!m_gif->Begin(width, height, rgb_palette, bits)) {
     Abandon();
@@ -97,14 +99,20 @@ bool PreviewWriter::AddFrame(int transparent_background, int left, int top, int 
 
 bool PreviewWriter::Close() {
   if (!m_gif) return false;
-  const bool ok = m_gif->Finish();
+  const bool finished = m_gif->Finish();
   m_gif.reset();
-  return m_file.Close() && ok;
+  // Both whole on the disk before either is replaced; then the GIF first, so
+  // a page in place always has its whole animation beside it.
+  if (finished && m_file.Settle() && m_html.Settle() && m_file.Commit() && m_html.Commit()) return true;
+  Abandon();
+  return false;
 }
 
 void PreviewWriter::Abandon() {
   m_gif.reset();
-  if (m_file.IsOpen()) m_file.Close();
+  if (m_error.empty()) m_error = !m_file.error().empty() ? m_file.error() : m_html.error();
+  m_file.Abandon();
+  m_html.Abandon();
 }
 
 }  // namespace tess

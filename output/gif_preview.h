@@ -15,6 +15,7 @@
 #include "base/byte_sink.h"
 #include "image/image.h"
 #include "output/gif_writer.h"
+#include "platform/safe_file.h"
 
 namespace tess {
 
@@ -55,30 +56,36 @@ class PreviewGif {
 std::string JoinPath(const std::string& folder, std::string_view name, char separator = '/');
 
 // The two preview files in a folder the caller has made. A failed Open means
-// "Error creating file"; a failed AddFrame closes the GIF and means "Error
-// writing file". Partial files stay on disk.
+// "Error creating file"; a failed AddFrame abandons both and means "Error
+// writing file". Both are written to temporaries and put in place together
+// by Close, the GIF first, so a page never shows a half GIF and a failed run
+// leaves the previous preview whole.
 class PreviewWriter {
  public:
   PreviewWriter() = default;
   PreviewWriter(const PreviewWriter&) = delete;
   PreviewWriter& operator=(const PreviewWriter&) = delete;
 
-  // Writes "preview.html" completely, then creates "preview.gif" and writes its
-  // head. Returns the full path of "preview.html"; empty on failure.
+  // Writes "preview.html" completely and the head of "preview.gif", both to
+  // temporaries. Returns the full path of "preview.html"; empty on failure.
   std::string Open(const std::string& folder, int width, int height, const uint8_t* rgb_palette,
                    int bits, char separator = '/');
   bool AddFrame(int transparent_background, int left, int top, int transparent_index, int delay,
                 const ImageBlock& image);
-  // Writes the trailer and closes the GIF. False when it was not open or a
-  // byte did not reach the file.
+  // Writes the trailer and puts both files in place. False when it was not
+  // open or a byte did not reach a file; error() then says why.
   bool Close();
   bool IsOpen() const { return m_gif.has_value(); }
+  // The system's reason for the last failure, empty when there was none.
+  const std::string& error() const { return m_error; }
 
  private:
   void Abandon();
 
-  FileSink m_file;
+  SafeFile m_html;
+  SafeFile m_file;
   std::optional<PreviewGif> m_gif;  // writes into m_file while open
+  std::string m_error;
 };
 
 }  // namespace tess

@@ -1,23 +1,20 @@
 // Reading and writing the configuration file. The reader takes the file in
 // reads of at most 259 characters, as the file has always been read, so the
 // prefix matching and line-length quirks of existing files keep their meaning.
-// The writer goes through a temporary file beside the target and renames it
-// into place, so an interrupted write never loses the previous settings.
+// The writer goes through a SafeFile, so an interrupted write never loses the
+// previous settings.
 #include "shell/config_file.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <new>
-#include <system_error>
+
+#include "platform/safe_file.h"
 
 namespace tess {
 namespace {
-
-// One read takes at most this many characters, line end included.
-constexpr size_t kReadChunk = 259;
 
 struct FileCloser {
   void operator()(std::FILE* f) const { std::fclose(f); }
@@ -73,18 +70,13 @@ void AppendLine(std::string& out, std::string_view a, std::string_view b = {}) {
   out.push_back('\n');
 }
 
-// Writes `text` to a new file at `path` in text mode: on Windows the C library
-// turns each "\n" into CR LF, elsewhere the file keeps "\n".
-bool WriteTextFile(const std::string& path, const std::string& text) {
-  std::FILE* f = std::fopen(path.c_str(), "w");
-  if (!f) return false;
-  bool ok = std::fwrite(text.data(), 1, text.size(), f) == text.size();
-  ok = std::fflush(f) == 0 && ok;
-  ok = std::fclose(f) == 0 && ok;
-  return ok;
-}
-
 }  // namespace
+
+size_t ConfigTextValueMax(std::string_view key) {
+  // The writer's " = " and the line end ("\n"; text mode reads CR LF as one).
+  constexpr size_t kFraming = 4;
+  return key.size() + kFraming >= kConfigReadChunk ? 0 : kConfigReadChunk - kFraming - key.size();
+}
 
 void ApplySettingsLine(std::string_view line, Settings& settings) {
   if (line.starts_with(';')) return;
@@ -105,14 +97,14 @@ void ApplySettingsLine(std::string_view line, Settings& settings) {
 }
 
 void ReadSettingsText(std::string_view text, Settings& settings) {
-  // Reads of at most kReadChunk characters, as the file has always been read:
+  // Reads of at most kConfigReadChunk characters, as the file has always been read:
   // the rest of a longer physical line arrives as the next "line" (and a line
-  // of exactly kReadChunk characters is followed by an empty one), so existing
+  // of exactly kConfigReadChunk characters is followed by an empty one), so existing
   // files keep their meaning. Writers refuse values that would not fit.
   while (!text.empty()) {
     const size_t lf = text.find('\n');
     const size_t whole = lf == std::string_view::npos ? text.size() : lf + 1;
-    const size_t end = std::min(whole, kReadChunk);
+    const size_t end = std::min(whole, kConfigReadChunk);
     ApplySettingsLine(text.substr(0, end), settings);
     text.remove_prefix(end);
   }
@@ -171,23 +163,19 @@ std::string FormatSettings(const Settings& settings, const LocalTime& now) {
   return out;
 }
 
-bool WriteSettings(const std::string& path, const Settings& settings, Platform& platform) {
-  if (path.empty()) return false;
+bool WriteSettings(const std::string& path, const Settings& settings, Platform& platform,
+                   std::string* reason) {
+  std::string ignored;
+  if (!reason) reason = &ignored;
   try {
     std::string text = FormatSettings(settings, platform.Now());
-    std::string temporary = path + ".tmp";
-    std::error_code ec;
-    if (!WriteTextFile(temporary, text)) {
-      std::filesystem::remove(temporary, ec);
-      return false;
-    }
-    std::filesystem::rename(temporary, path, ec);
-    if (ec) {
-      std::filesystem::remove(temporary, ec);
-      return false;
-    }
-    return true;
+    // Text mode: on Windows each "\n" becomes CR LF, as the file always had.
+    SafeFile file;
+    if (file.Open(path, SafeFileMode::kText) && file.Write(text.data(), text.size()) && file.Commit()) return true;
+    *reason = file.error();
+    return false;
   } catch (const std::bad_alloc&) {
+    *reason = "Memory error";
     return false;
   }
 }

@@ -12,6 +12,7 @@
 #include <new>
 #include <system_error>
 
+#include "platform/safe_file.h"
 #include "shell/strings.h"
 
 namespace tess {
@@ -200,28 +201,14 @@ DocumentStatus ReadDocument(std::string_view text, DocumentTarget& target) {
 }
 
 bool SaveDocument(const std::string& path, const DocumentTarget& target, Reporter& reporter) {
-  std::error_code ec;
   bool ok = false;
-  std::string temporary;
-  bool created = false;
   try {
-    temporary = path + ".tmp";
-    FileSink sink;
-    created = sink.Open(temporary);
-    if (created) {
-      bool written = WriteDocument(sink, target);
-      ok = sink.Close() && written;
-      if (ok) std::filesystem::rename(temporary, path, ec);
-      ok = ok && !ec;
-    }
+    SafeFile file;
+    ok = file.Open(path) && WriteDocument(file, target) && file.Commit();
   } catch (const std::bad_alloc&) {
     ok = false;
   }
-  if (!ok) {
-    // Only what this save made is removed: a folder in the way stays.
-    if (created) std::filesystem::remove(temporary, ec);
-    Report(reporter, kStrErrorCreatingDocument);
-  }
+  if (!ok) Report(reporter, kStrErrorCreatingDocument);
   return ok;
 }
 

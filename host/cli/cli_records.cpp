@@ -18,6 +18,7 @@
 #include "fills/fountain_text.h"
 #include "host/cli/gif_file_host.h"
 #include "image/frame_list.h"
+#include "platform/safe_file.h"
 #include "shell/paths.h"
 #include "styles/style_table.h"
 
@@ -81,8 +82,9 @@ bool SaveRecords(const RecordStore<Record>& store, std::string_view (*path_of)(c
     if (path.empty()) continue;
     std::filesystem::path parent = std::filesystem::path(path).parent_path();
     if (!parent.empty()) EnsureFolderExists(parent.string());
-    if (!save(record)) {
-      *failure = Failure{kExitFailure, "cannot write the pattern file '" + path + "'"};
+    std::string reason;
+    if (!save(record, &reason)) {
+      *failure = Failure{kExitFailure, "cannot write the pattern file '" + path + "': " + reason};
       return false;
     }
   }
@@ -272,34 +274,22 @@ ImageBlock RenderText(std::string_view text, int32_t w, int32_t h, std::string* 
 }
 
 bool WritePpm(const std::string& path, const ImageBlock& image, std::string* error) {
-  std::string tmp = path + ".part";
-  {
-    std::ofstream out(tmp, std::ios::binary | std::ios::trunc);
-    out << "P6\n" << image.width() << ' ' << image.height() << "\n255\n";
-    std::vector<char> row(static_cast<size_t>(image.width()) * 3);
-    for (int32_t y = 0; y < image.height(); ++y) {
-      const uint8_t* src = image.Row(y);
-      for (int32_t x = 0; x < image.width(); ++x) {  // stored blue, green, red
-        row[3 * static_cast<size_t>(x)] = static_cast<char>(src[3 * x + 2]);
-        row[3 * static_cast<size_t>(x) + 1] = static_cast<char>(src[3 * x + 1]);
-        row[3 * static_cast<size_t>(x) + 2] = static_cast<char>(src[3 * x]);
-      }
-      out.write(row.data(), static_cast<std::streamsize>(row.size()));
+  SafeFile file;
+  const std::string head = "P6\n" + std::to_string(image.width()) + ' ' + std::to_string(image.height()) + "\n255\n";
+  bool ok = file.Open(path) && file.Write(head.data(), head.size());
+  std::vector<uint8_t> row(static_cast<size_t>(image.width()) * 3);
+  for (int32_t y = 0; ok && y < image.height(); ++y) {
+    const uint8_t* src = image.Row(y);
+    for (int32_t x = 0; x < image.width(); ++x) {  // stored blue, green, red
+      row[3 * static_cast<size_t>(x)] = src[3 * x + 2];
+      row[3 * static_cast<size_t>(x) + 1] = src[3 * x + 1];
+      row[3 * static_cast<size_t>(x) + 2] = src[3 * x];
     }
-    if (!out.flush()) {
-      std::remove(tmp.c_str());
-      *error = path + ": cannot write the file";
-      return false;
-    }
+    ok = file.Write(row.data(), row.size());
   }
-  std::error_code ec;
-  std::filesystem::rename(tmp, path, ec);
-  if (ec) {
-    std::remove(tmp.c_str());
-    *error = path + ": " + ec.message();
-    return false;
-  }
-  return true;
+  if (ok && file.Commit()) return true;
+  *error = path + ": " + (file.error().empty() ? std::string("cannot write the file") : file.error());
+  return false;
 }
 
 // Writes `image` as PPM or as a one-frame true-colour GIF, by `out`'s ending.
@@ -410,8 +400,10 @@ int RunLibrary(const CliArgs& args, CliEnvironment& env) {
     std::string path = FountainLibraryPath(env.platform, fountain.mode);
     std::filesystem::path parent = std::filesystem::path(path).parent_path();
     if (!parent.empty()) EnsureFolderExists(parent.string());
-    if (!AppendFountain(path, fountain, fountain.mode, LibraryTimeStamp(env.platform.Now())))
-      return fail(kExitFailure, path + ": cannot add to the library (damaged, or not writable)");
+    std::string reason;
+    if (!AppendFountain(path, fountain, fountain.mode, LibraryTimeStamp(env.platform.Now()), &reason))
+      return fail(kExitFailure, path + ": cannot add to the library (" +
+                                    (reason.empty() ? std::string("damaged") : reason) + ")");
     env.out << path << '\n';
     return kExitOk;
   }
@@ -450,8 +442,10 @@ int RunLibrary(const CliArgs& args, CliEnvironment& env) {
   }
   if (action == "remove") {
     library.Delete(entry);
-    if (!SaveFountainLibrary(path, library, selector, LibraryTimeStamp(env.platform.Now())))
-      return fail(kExitFailure, path + ": cannot rewrite the library; it is as it was");
+    std::string reason;
+    if (!SaveFountainLibrary(path, library, selector, LibraryTimeStamp(env.platform.Now()), &reason))
+      return fail(kExitFailure, path + ": cannot rewrite the library (" +
+                                    (reason.empty() ? std::string("cannot remove it") : reason) + "); it is as it was");
     return kExitOk;
   }
   return fail(kExitUsage, "unknown library action '" + action + "' (list, show, add or remove)");

@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <charconv>
+#include <cstring>
 #include <filesystem>
 #include <optional>
 #include <system_error>
@@ -42,14 +44,19 @@ ConfigPlan PlanConfig(const CliArgs& args, Platform& platform) {
 bool LoadConfig(const ConfigPlan& plan, Settings& settings, Platform& platform, Failure* failure) {
   if (!plan.read || plan.path.empty()) return true;
   std::error_code ec;
-  bool exists = std::filesystem::exists(plan.path, ec);
+  const std::filesystem::file_status status = std::filesystem::status(plan.path, ec);
+  const bool exists = std::filesystem::exists(status);
   if (!exists && (!plan.explicit_path || plan.save)) return true;
-  if (!exists || !ReadSettings(plan.path, settings, platform)) {
-    *failure = Failure{kExitFailure, "cannot read configuration file '" + plan.path + "'" +
-                                         (exists ? "" : ": no such file")};
-    return false;
-  }
-  return true;
+  // Only a regular file is read: a folder reads as nothing, and a pipe or a
+  // device could block or never end.
+  std::string reason = !exists                                    ? std::string("no such file")
+                       : std::filesystem::is_directory(status)    ? std::string("it is a folder")
+                       : !std::filesystem::is_regular_file(status) ? std::string("not a regular file")
+                                                                   : std::string();
+  if (reason.empty() && !ReadSettings(plan.path, settings, platform)) reason = std::strerror(errno);
+  if (reason.empty()) return true;
+  *failure = Failure{kExitFailure, "cannot read configuration file '" + plan.path + "': " + reason};
+  return false;
 }
 
 bool SaveConfig(const ConfigPlan& plan, const Settings& settings, Platform& platform,
@@ -60,8 +67,9 @@ bool SaveConfig(const ConfigPlan& plan, const Settings& settings, Platform& plat
   }
   std::filesystem::path parent = std::filesystem::path(plan.path).parent_path();
   if (!parent.empty()) EnsureFolderExists(parent.string());
-  if (!WriteSettings(plan.path, settings, platform)) {
-    *failure = Failure{kExitFailure, "cannot write configuration file '" + plan.path + "'"};
+  std::string reason;
+  if (!WriteSettings(plan.path, settings, platform, &reason)) {
+    *failure = Failure{kExitFailure, "cannot write configuration file '" + plan.path + "': " + reason};
     return false;
   }
   return true;
@@ -211,9 +219,17 @@ bool ApplySet(std::string_view assignment, Settings& settings, std::span<const S
   if (!FindSetTarget(key, settings, styles, &target, failure)) return false;
   const ConfigKey& config_key = ConfigKeys()[static_cast<size_t>(target.index)];
   if (config_key.IsText()) {
-    if (text.size() > kSettingTextMax || text.find('\0') != std::string_view::npos) {
+    // Longer values would not read back from a saved configuration file.
+    const size_t most = std::min(kSettingTextMax, ConfigTextValueMax(config_key.name));
+    if (text.size() > most) {
       *failure = Usage("the value of " + std::string(config_key.name) + " is longer than " +
-                       std::to_string(kSettingTextMax) + " characters");
+                       std::to_string(most) + " characters (" + std::to_string(text.size()) +
+                       "), the most a configuration line holds for that key");
+      return false;
+    }
+    // A line end or other control character would end the value early.
+    if (std::any_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 32; })) {
+      *failure = Usage("the value of " + std::string(config_key.name) + " holds a control character");
       return false;
     }
     settings.SetTextAt(target.index, text);

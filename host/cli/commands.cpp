@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <system_error>
 #include <vector>
 
 #include "base/alloc.h"
@@ -25,6 +26,8 @@
 #include "host/cli/gif_file_host.h"
 #include "host/cli/ppm.h"
 #include "image/frame_list.h"
+#include "output/gif_preview.h"
+#include "platform/safe_file.h"
 #include "shell/main_dialog_ids.h"
 #include "shell/paths.h"
 
@@ -52,9 +55,33 @@ bool OutputIsUsable(const CliArgs& args, Failure* failure) {
   return false;
 }
 
+// Checked before any work, so a run that cannot write its file fails at once.
+bool CheckWritable(const std::string& path, Failure* failure) {
+  std::string reason;
+  if (SafeFile::CanWrite(path, &reason)) return true;
+  *failure = Failure{kExitFailure, "cannot write '" + path + "': " + reason};
+  return false;
+}
+
+// The configuration file --save will write; its folder is made now, as the
+// save would make it.
+bool CheckSaveTarget(const ConfigPlan& plan, Failure* failure) {
+  if (!plan.save || plan.path.empty()) return true;
+  std::filesystem::path parent = std::filesystem::path(plan.path).parent_path();
+  if (!parent.empty()) EnsureFolderExists(parent.string());
+  return CheckWritable(plan.path, failure);
+}
+
 // A document saved by the dialog (or by us) over the configuration; the
 // loader has already left the settings alone when it reports a failure.
 bool LoadDocument(const std::string& path, Settings& settings, PageRecords& records, Failure* failure) {
+  // Looked at before it is opened: opening a pipe would wait for a writer.
+  std::error_code ec;
+  const std::filesystem::file_status status = std::filesystem::status(path, ec);
+  if (ec || !std::filesystem::is_regular_file(status)) {
+    *failure = Failure{kExitFailure, path + ": " + (ec ? ec.message() : std::string("not a regular file"))};
+    return false;
+  }
   RecordingReporter messages;
   if (LoadDocumentIntoSettings(path, settings, kHostCapOptimise, messages, &records)) return true;
   std::string text = messages.messages.empty() ? "cannot load the document" : messages.messages.front();
@@ -68,7 +95,8 @@ bool PrepareSettings(const CliArgs& args, CliEnvironment& env, const ConfigPlan&
                      Settings& settings, PageRecords& records, SessionChoices* session,
                      Failure* failure) {
   if (!OutputIsUsable(args, failure)) return false;
-  if (!LoadConfig(plan, settings, env.platform, failure)) return false;
+  if (args.output && !CheckWritable(*args.output, failure)) return false;
+  if (!LoadConfig(plan, settings, env.platform, failure) || !CheckSaveTarget(plan, failure)) return false;
   LoadPageRecords(plan, settings, records, env.platform, env.styles);
   if (args.doc && !LoadDocument(*args.doc, settings, records, failure)) return false;
   return ApplyBuildOptions(args, settings, env.styles, session, failure, &records);
@@ -244,6 +272,9 @@ int RunPreview(const CliArgs& args, CliEnvironment& env, const CliDialogReader& 
                Reporter& reporter, ProgressBar& bar, const Settings& settings) {
   std::string folder = args.dir ? *args.dir : PluginDataPath(env.platform, "");
   if (!EnsureFolder(folder, env)) return kExitFailure;
+  Failure failure;
+  if (!CheckWritable(JoinPath(folder, kPreviewGifName, env.platform.PathSeparator()), &failure))
+    return Report(env, failure);
   bool open = args.open.value_or(true);
   PreviewPlatform platform(env.platform, open);
   GifFileHost status_only("", &bar);
@@ -313,7 +344,10 @@ int RunBuildCommand(const CliArgs& args, CliEnvironment& env) {
     code = RunPreview(args, env, dialog, reporter, bar, *settings);
   } else {
     std::string path = OutputPath(args, style, env);
-    if (!path.empty()) {
+    Failure failure;
+    if (!path.empty() && !CheckWritable(path, &failure)) {
+      Report(env, failure);
+    } else if (!path.empty()) {
       GifFileHost host(path, &bar);
       Random random;
       BuildContext context{dialog, env.styles, random, host, 0, reporter, env.platform, nullptr,

@@ -2,50 +2,21 @@
 // create-task to close-task; the host checks the task handle on every call so
 // a stray object never writes into the wrong file.
 //
-// Sections: temporary files · the file object · service commands.
+// Sections: the file object · service commands.
 #include "host/cli/gif_file_host.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <new>
-#include <random>
-#include <system_error>
 
-#include "base/byte_sink.h"
 #include "output/gif_shaping.h"
 #include "output/gif_writer.h"
+#include "platform/safe_file.h"
 #include "shell/strings.h"
 
 namespace tess::cli {
 
-// ---------------------------------------------------------------- temporary files
-
-std::string TemporaryPathBeside(const std::string& path, uint32_t salt) {
-  std::filesystem::path p(path);
-  char suffix[24];
-  std::snprintf(suffix, sizeof suffix, ".%08x.part", static_cast<unsigned>(salt));
-  std::string name = "." + p.filename().string() + suffix;
-  return (p.parent_path() / name).string();
-}
-
 namespace {
-
-uint32_t RandomSalt() {
-  try {
-    std::random_device device;
-    return device();
-  } catch (...) {
-    return 0x5eed;  // the existence check below still keeps names apart
-  }
-}
-
-void RemoveQuietly(const std::string& path) {
-  std::error_code ec;
-  std::filesystem::remove(path, ec);
-}
 
 int32_t Clamp16(int32_t v) { return std::clamp(v, 0, 65535); }
 
@@ -69,14 +40,8 @@ class GifFileHost::File {
       *error = "the task's screen or palette is not one a GIF can hold";
       return false;
     }
-    uint32_t salt = RandomSalt();
-    std::error_code ec;
-    do m_temp = TemporaryPathBeside(output, salt++);
-    while (std::filesystem::exists(m_temp, ec));
-    if (!m_sink.Open(m_temp)) {
-      int code = errno;
-      *error = "cannot create a file beside '" + output + "': " + std::strerror(code);
-      m_temp.clear();
+    if (!m_sink.Open(output)) {
+      *error = "cannot create '" + output + "': " + m_sink.error();
       return false;
     }
     GifScreen screen;
@@ -101,38 +66,25 @@ class GifFileHost::File {
     return true;
   }
 
-  // Trailer, close, and the rename that makes the file appear.
+  // Trailer, then the rename that makes the file appear.
   bool Finish(const std::string& output, std::string* error) {
-    bool written = m_writer.WriteTrailer() == GifStatus::kOk;
-    if (!m_sink.Close() || !written) return WriteFailed(output, error);
-    std::error_code ec;
-    std::filesystem::rename(m_temp, output, ec);
-    if (ec) {
-      *error = "cannot put the finished file at '" + output + "': " + ec.message();
-      Abandon();
-      return false;
-    }
-    m_temp.clear();
+    if (m_writer.WriteTrailer() != GifStatus::kOk || !m_sink.Commit()) return WriteFailed(output, error);
     return true;
   }
 
-  void Abandon() {
-    if (m_sink.IsOpen()) m_sink.Close();
-    if (!m_temp.empty()) RemoveQuietly(m_temp);
-    m_temp.clear();
-  }
+  void Abandon() { m_sink.Abandon(); }
 
  private:
   bool WriteFailed(const std::string& output, std::string* error) {
     *error = "error writing '" + output + "'";
+    if (!m_sink.error().empty()) *error += ": " + m_sink.error();
     Abandon();
     return false;
   }
 
   int m_width, m_height, m_bits;
   uint8_t m_global[kPaletteBytes];
-  std::string m_temp;
-  FileSink m_sink;
+  SafeFile m_sink;
   GifWriter m_writer{m_sink};
   GifFrameShaper m_shaper;
 };

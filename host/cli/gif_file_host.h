@@ -5,10 +5,10 @@
 // its colours differ from the global table); a comment becomes a comment
 // block; closing writes the trailer. Status and progress drive a ProgressBar.
 //
-// Invariant: the output path only ever holds a complete file. Everything is
-// written to a temporary file beside it and renamed into place when the task
-// closes normally; an abandoned task, a failed write or destroying the host
-// early deletes the temporary file.
+// Invariant: the output path only ever holds a complete file. Everything goes
+// through a SafeFile, put in place when the task closes normally; an
+// abandoned task, a failed write or destroying the host early deletes the
+// temporary file.
 #pragma once
 
 #include <cstdint>
@@ -54,9 +54,5 @@ class GifFileHost final : public HostService {
   int m_frames_written = 0;
   std::string m_error;
 };
-
-// "DIR/.NAME.XXXXXXXX.part" for "DIR/NAME": same folder, so the final rename
-// never crosses file systems.
-std::string TemporaryPathBeside(const std::string& path, uint32_t salt);
 
 }  // namespace tess::cli

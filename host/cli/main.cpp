@@ -8,8 +8,11 @@
 #endif
 
 #include "host/cli/cli.h"
+#include "platform/safe_file.h"
 
 int main(int argc, char** argv) {
+  // Ctrl-C or a kill during a write must not leave a temporary behind.
+  tess::RemoveTemporariesOnSignals();
 #ifdef _WIN32
   _setmode(0, _O_BINARY);  // frames arrive on standard input as raw bytes
   return tess::cli::CliMain(argc, argv, _isatty(2) != 0);

@@ -10,6 +10,7 @@
 #include "base/bytes.h"
 #include "fills/fill_descriptor.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/write_failure_sweep.h"
 
 namespace tess {
 namespace {
@@ -125,10 +126,12 @@ TEST(FillFile, FailedSaveLeavesNoHalfFile) {
   EXPECT_TRUE(folder.Files().empty());
   std::filesystem::remove(path);
   const std::vector<uint8_t> old(854, 0x5A);
-  testing::WriteBytes(path, old);
-  std::filesystem::create_directory(path + ".tmp");  // the temporary cannot be made
-  EXPECT_FALSE(SaveFillDescriptor(Sample(path)));
-  EXPECT_EQ(testing::ReadBytes(path), old);
+  EXPECT_EQ(testing::SweepWriteFailures({path}, [&] { testing::WriteBytes(path, old); },
+                                        [&] { return SaveFillDescriptor(Sample(path)); }),
+            854u);
+  std::string reason;
+  EXPECT_FALSE(SaveFillDescriptor(Sample(folder / "missing/Fill1.flp"), &reason));
+  EXPECT_EQ(reason, "No such file or directory");
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "fills/fountain_library.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/write_failure_sweep.h"
 
 namespace tess {
 namespace {
@@ -174,16 +175,19 @@ TEST(SaveFountainLibrary, EmptyLibraryDeletesTheFile) {
   EXPECT_TRUE(folder.Files().empty());
 }
 
-// A rewrite that cannot finish leaves the old library whole.
-TEST(SaveFountainLibrary, FailureLeavesTheOldFile) {
+// A rewrite or an append that cannot finish, at whatever byte, leaves the old
+// library whole: the user is never left without one.
+TEST(SaveFountainLibrary, AFullDiskAtAnyByteLeavesTheOldFile) {
   testing::TempFolder folder;
   const std::string path = folder / "FountainLibrary.fll";
   const std::vector<uint8_t> old = LibraryBytes(Library({1, 2}), 0, kNow);
-  testing::WriteBytes(path, old);
-  std::filesystem::create_directory(path + ".tmp");
-  EXPECT_FALSE(SaveFountainLibrary(path, Library({2}), 0, kLater));
-  EXPECT_FALSE(AppendFountain(path, Fountain(3), 0, kLater));
-  EXPECT_EQ(testing::ReadBytes(path), old);
+  const auto before = [&] { testing::WriteBytes(path, old); };
+  testing::SweepWriteFailures({path}, before, [&] { return SaveFountainLibrary(path, Library({2, 1}), 0, kLater); });
+  testing::SweepWriteFailures({path}, before, [&] { return AppendFountain(path, Fountain(3), 0, kLater); });
+  std::string reason;
+  SafeFileFailureScope full_disk(0);
+  EXPECT_FALSE(AppendFountain(path, Fountain(3), 0, kLater, &reason));
+  EXPECT_EQ(reason, "No space left on device");
 }
 
 // ------------------------------------------------------------------ the list

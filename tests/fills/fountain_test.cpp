@@ -12,6 +12,7 @@
 #include "fills/fountain.h"
 #include "tests/support/golden.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/write_failure_sweep.h"
 #include "tests/support/test_support.h"
 
 namespace tess {
@@ -123,16 +124,17 @@ TEST(FountainFile, CreateLoadsOnlyAWholeFileWithTheMagic) {
   EXPECT_EQ(FountainPath(CreateFountainRecord(std::string(261, 'a'), 1, true)), "");
 }
 
-// Saving shares the fill's replace-through-a-temporary; one failure shows
-// the old file survives it.
+// Saving replaces the file whole or not at all, whatever byte the disk
+// fills up at.
 TEST(FountainFile, SaveWritesTheWholeRecordOrNothing) {
   testing::TempFolder folder;
   const std::string path = folder / "Fill03410.flp";
   ASSERT_TRUE(SaveFountainRecord(Sample(path)));
-  EXPECT_FALSE(SaveFountainRecord(FountainRecord()));  // no path
-  std::filesystem::create_directory(path + ".tmp");
-  EXPECT_FALSE(SaveFountainRecord(CreateFountainRecord(path, 0, false)));
   EXPECT_EQ(testing::ReadBytes(path), Bytes(Sample(path)));
+  EXPECT_FALSE(SaveFountainRecord(FountainRecord()));  // no path
+  EXPECT_EQ(testing::SweepWriteFailures({path}, [&] { testing::WriteBytes(path, Bytes(Sample(path))); },
+                                        [&] { return SaveFountainRecord(CreateFountainRecord(path, 0, false)); }),
+            kFountainRecordSize);
 }
 
 // A document line brings every field but the path, magic or not.

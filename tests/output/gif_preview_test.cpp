@@ -143,12 +143,38 @@ TEST(PreviewWriter, OpenStatesAndFailures) {
   ASSERT_EQ(writer.Open(dir.path(), 8, 8, pal.data(), 8), dir / "preview.html");
   EXPECT_TRUE(writer.IsOpen());
   ASSERT_TRUE(writer.AddFrame(1, 0, 0, 3, 10, IndexImage(8, 8, 8, 255, 1, true)));
-  // A frame that fails closes the writer; the partial file stays.
+  // A frame that fails abandons both files: nothing half-written appears.
   EXPECT_FALSE(writer.AddFrame(0, 0, 0, -1, 10, ImageCreate(8, 8, nullptr, 32)));
   EXPECT_FALSE(writer.IsOpen());
   EXPECT_FALSE(writer.AddFrame(0, 0, 0, -1, 10, ImageCreate(8, 8, nullptr, 8)));
   EXPECT_FALSE(writer.Close());
-  EXPECT_FALSE(ReadBytes(dir / "preview.gif").empty());
+  EXPECT_TRUE(testing::FolderEntries(dir.path()).empty());
+}
+
+// A full disk anywhere in either file keeps the previous preview, page and
+// animation both, and leaves no temporary.
+TEST(PreviewWriter, AFullDiskAtAnyByteKeepsThePreviousPreview) {
+  TempFolder dir;
+  const std::vector<uint8_t> pal = Palette();
+  const auto write = [&] {
+    PreviewWriter writer;
+    return !writer.Open(dir.path(), 12, 10, pal.data(), 4).empty() &&
+           writer.AddFrame(1, 0, 0, 3, 10, IndexImage(12, 10, 4, 15, 1, true)) &&
+           writer.AddFrame(0, 2, 1, -1, 10, IndexImage(9, 8, 4, 15, 2, false)) && writer.Close();
+  };
+  const uint64_t swept = testing::SweepWriteFailures(
+      {dir / "preview.gif", dir / "preview.html"},
+      [&] {
+        WriteBytes(dir / "preview.gif", {'o', 'l', 'd'});
+        WriteBytes(dir / "preview.html", {'p', 'a', 'g', 'e'});
+      },
+      write);
+  EXPECT_GT(swept, PreviewHtmlText().size());
+  PreviewWriter writer;
+  SafeFileFailureScope full_disk(50);
+  ASSERT_FALSE(writer.Open(dir.path(), 12, 10, pal.data(), 4).empty());
+  EXPECT_FALSE(writer.Close());
+  EXPECT_EQ(writer.error(), "No space left on device");
 }
 
 }  // namespace

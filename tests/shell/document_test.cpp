@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tests/support/temp_folder.h"
+#include "tests/support/write_failure_sweep.h"
 
 namespace tess {
 namespace {
@@ -259,8 +260,8 @@ TEST_F(DocumentFile, SaveReplacesTheFileAndLoadRestoresEveryValue) {
 }
 
 // A failed save reports the creating error, keeps what was there and leaves
-// no temporary file: into a missing folder, onto a folder, with the temporary
-// name taken, and with memory short while formatting.
+// no temporary file: into a missing folder, onto a folder, with memory short
+// while formatting, and with the disk full at every byte.
 TEST_F(DocumentFile, FailedSavesReportAndKeepThePreviousFile) {
   FakeTarget t;
   EXPECT_FALSE(SaveDocument(m_dir / "missing/Sample.TS1", t, m_reporter));
@@ -269,14 +270,18 @@ TEST_F(DocumentFile, FailedSavesReportAndKeepThePreviousFile) {
   EXPECT_FALSE(SaveDocument(m_dir / "folder.TS1", t, m_reporter));
   EXPECT_EQ(m_dir.Files(), std::vector<std::string>{});
   WriteFile("previous");
-  fs::create_directory(m_path + ".tmp");  // nowhere to write the new one
-  EXPECT_FALSE(SaveDocument(m_path, t, m_reporter));
-  fs::remove(m_path + ".tmp");
   t.controls[1].throw_on_save = true;
   EXPECT_FALSE(SaveDocument(m_path, t, m_reporter));
-  EXPECT_EQ(m_reporter.messages, std::vector<std::string>(4, kCreating[0]));
+  EXPECT_EQ(m_reporter.messages, std::vector<std::string>(3, kCreating[0]));
   EXPECT_EQ(ReadFile(), "previous");
   EXPECT_EQ(m_dir.Files(), (std::vector<std::string>{"Sample.TS1"}));
+
+  t.controls[1].throw_on_save = false;
+  m_reporter.messages.clear();
+  const uint64_t swept = testing::SweepWriteFailures({m_path}, [&] { WriteFile("previous"); },
+                                                     [&] { return SaveDocument(m_path, t, m_reporter); });
+  EXPECT_GT(swept, 20u);
+  EXPECT_EQ(m_reporter.messages, std::vector<std::string>(swept, kCreating[0]));
 }
 
 TEST_F(DocumentFile, LoadFailuresReportAndChangeNothing) {
