@@ -7,17 +7,20 @@
 #include "host/cli/commands.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "base/alloc.h"
 #include "dialog/settings_document.h"
 #include "plugin/host_interface.h"
+#include "shell/config_file.h"
 #include "shell/paths.h"
 #include "shell/settings.h"
 #include "styles/style_table.h"
@@ -25,6 +28,7 @@
 #include "tests/support/fake_platform.h"
 #include "tests/support/gif_decoder.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/write_failure_sweep.h"
 
 namespace tess::cli {
 namespace {
@@ -394,7 +398,8 @@ TEST_F(CliTest, FailedWorkNamesItsCauseExitsOneAndLeavesNoFile) {
       {{"render", "--no-config", "--effect", "Broken", "-o", out}, "Memory error"},
       {{"render", "-e", "Pending Effect", "--save", "-o", out},
        "effect 'Pending Effect' is not available yet (see 'tessarine list')"},
-      {Tiles("render", 2, {"-o", dir / "no/such/folder/out.gif"}), "Error creating new task."},
+      {Tiles("render", 2, {"-o", dir / "no/such/folder/out.gif"}),
+       "cannot write '" + dir / "no/such/folder/out.gif" + "': No such file or directory"},
   };
   for (const Case& c : cases) {
     Result r = Run(c.words);
@@ -402,10 +407,130 @@ TEST_F(CliTest, FailedWorkNamesItsCauseExitsOneAndLeavesNoFile) {
     EXPECT_EQ(r.err.rfind("tessarine: " + c.message, 0), 0u) << r.err;
     EXPECT_FALSE(std::filesystem::exists(out));
   }
-  // The unwritable output also says why; an effect that cannot render still
-  // saves the settings, as the dialog would.
-  EXPECT_NE(Run(cases[7].words).err.find("cannot create a file beside"), std::string::npos);
+  // An effect that cannot render still saves the settings, as the dialog would.
   EXPECT_TRUE(std::filesystem::exists(ConfigPath()));
+}
+
+// ---------------------------------------------------------------- hostile paths
+
+// "CurrentFileName = " and the line end leave 259 - 19 characters for the
+// value; one more would read back cut, the rest taken as another key.
+TEST_F(CliTest, SetRefusesTextValuesAConfigurationLineCannotHoldAndTheLongestReadsBack) {
+  const std::string config = dir / "long.ini";
+  const std::string longest = std::string(240 - 6, 'x') + "Acc=77";
+  ASSERT_EQ(Run({"test", "--no-config", "--config", config, "--save", "-e", "Tiles", "-s", "Frames=2", "-s",
+                 "Width=16", "-s", "Depth=16", "-s", "CurrentFileName=" + longest}).code, 0);
+  Result r;
+  Settings back;
+  ASSERT_TRUE(ReadSettings(config, back, platform));
+  EXPECT_EQ(back.Text(Key::CurrentFileName), longest);
+  EXPECT_EQ(back.Number(Key::AccentCompensation), Settings().Number(Key::AccentCompensation));
+
+  const std::vector<uint8_t> saved = ReadBytes(config);
+  for (const std::string& text : {longest + "y", std::string("a\nAccentCompensation=77")}) {
+    r = Run({"render", "--config", config, "--save", "-s", "CurrentFileName=" + text, "-o", dir / "o.gif"});
+    EXPECT_EQ(r.code, kExitUsage) << r.err;
+    EXPECT_EQ(ReadBytes(config), saved);
+  }
+  r = Run({"render", "--config", config, "--save", "-s", "CurrentFileName=" + longest + "y", "-o", dir / "o.gif"});
+  EXPECT_NE(r.err.find("the value of CurrentFileName is longer than 240 characters (241)"), std::string::npos) << r.err;
+  EXPECT_NE(Run({"render", "-s", "CurrentFileName=a\nb", "-o", dir / "o.gif"}).err.find("control character"),
+            std::string::npos);
+  EXPECT_FALSE(std::filesystem::exists(dir / "o.gif"));
+}
+
+// What cannot work is found before any rendering, and every file error names
+// the path and the system's reason.
+TEST_F(CliTest, UnusableFilesAreRefusedBeforeRenderingWithTheSystemsReason) {
+  const std::string out = dir / "out.gif", folder = dir / "folder", fifo = dir / "pipe";
+  std::filesystem::create_directory(folder);
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  WriteBytes(dir / "file", {'x'});
+  struct Case {
+    Words words;
+    std::string message;
+  } cases[] = {
+      {{"render", "--config", folder, "-e", "Tiles", "-o", out},
+       "cannot read configuration file '" + folder + "': it is a folder"},
+      {{"render", "--config", fifo, "-e", "Tiles", "-o", out},
+       "cannot read configuration file '" + fifo + "': not a regular file"},
+      {Tiles("render", 2, {"--doc", fifo, "-o", out}), fifo + ": not a regular file"},
+      {Tiles("render", 2, {"--doc", dir / "absent.ts1", "-o", out}), dir / "absent.ts1: No such file or directory"},
+      {Tiles("render", 2, {"--config", folder, "--save", "-o", out}),
+       "cannot write '" + folder + "': Is a directory"},
+      {Tiles("render", 2, {"-o", folder}), "cannot write '" + folder + "': Is a directory"},
+      {Tiles("render", 2, {"-o", dir / "file/out.gif"}), "cannot write '" + dir / "file/out.gif" + "': Not a directory"},
+      {{"encode", "--no-config", "x.ppm", "-o", dir / "none/out.gif"},
+       "cannot write '" + dir / "none/out.gif" + "': No such file or directory"},
+      {Tiles("preview", 2, {"--no-open", "--dir", dir / "file"}), "cannot create the folder '" + dir / "file" + "'"},
+  };
+  for (const Case& c : cases) {
+    Result r = Run(c.words);
+    EXPECT_EQ(r.code, kExitFailure) << r.err;
+    EXPECT_EQ(r.err, "tessarine: " + c.message + "\n");
+  }
+  EXPECT_FALSE(std::filesystem::exists(out));
+  if (std::filesystem::exists("/dev/full")) {
+    Result r = Run(Tiles("render", 2, {"-o", "/dev/full"}));
+    EXPECT_EQ(r.code, kExitFailure);
+    EXPECT_EQ(r.err, "tessarine: error writing '/dev/full': No space left on device\n");
+    r = Run(Tiles("render", 2, {"--config", "/dev/full", "--save", "-o", out}));  // --no-config: nothing read
+    EXPECT_EQ(r.err, "tessarine: cannot write configuration file '/dev/full': No space left on device\n");
+  }
+}
+
+// Links are written through and stay links; a pipe or a device receives the
+// GIF itself and stays what it was.
+TEST_F(CliTest, OutputsThroughLinksPipesAndDevicesKeepWhatStandsAtThePath) {
+  std::filesystem::create_directory(dir / "real");
+  std::filesystem::create_symlink("real/target.gif", dir / "link.gif");
+  ASSERT_EQ(Run(Tiles("render", 2, {"-o", dir / "link.gif"})).code, 0);
+  EXPECT_TRUE(std::filesystem::is_symlink(dir / "link.gif"));
+  EXPECT_EQ(Decode(dir / "real/target.gif").frames.size(), 2u);
+
+  const std::string config = dir / "real/settings.ini";
+  std::filesystem::create_symlink(config, dir / "link.ini");
+  ASSERT_EQ(Run(Tiles("render", 3, {"--config", dir / "link.ini", "--save", "-o", dir / "a.gif"})).code, 0);
+  EXPECT_TRUE(std::filesystem::is_symlink(dir / "link.ini"));
+  EXPECT_EQ(testing::ReadText(config).rfind(";Brindlewood", 0), 0u);
+
+  const std::string fifo = dir / "pipe.gif";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  std::vector<uint8_t> received;
+  std::thread reader([&] { received = ReadBytes(fifo); });
+  Result r = Run(Tiles("render", 2, {"-o", fifo}));
+  reader.join();
+  ASSERT_EQ(r.code, 0) << r.err;
+  DecodedGif gif;
+  std::string error;
+  EXPECT_TRUE(testing::DecodeGif(received, &gif, &error)) << error;
+  EXPECT_TRUE(std::filesystem::is_fifo(fifo));
+
+  ASSERT_EQ(Run(Tiles("render", 2, {"-o", "/dev/null"})).code, 0);
+  EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+}
+
+// A failed preview leaves the previous one whole: no half GIF beside a page.
+TEST_F(CliTest, AFullDiskDuringAPreviewKeepsThePreviousOne) {
+  const std::string there = dir / "pv";
+  ASSERT_EQ(Run(Tiles("preview", 2, {"--no-open", "--dir", there})).code, 0);
+  const std::vector<uint8_t> gif = ReadBytes(there + "/preview.gif"), page = ReadBytes(there + "/preview.html");
+  for (uint64_t at : {0, 50, 200}) {
+    SafeFileFailureScope full_disk(at);
+    EXPECT_EQ(Run(Tiles("preview", 3, {"--no-open", "--dir", there})).code, kExitFailure);
+    EXPECT_EQ(ReadBytes(there + "/preview.gif"), gif);
+    EXPECT_EQ(ReadBytes(there + "/preview.html"), page);
+    EXPECT_EQ(testing::FolderEntries(there), (std::vector<std::string>{"preview.gif", "preview.html"}));
+  }
+}
+
+// Swatches are written as PPM through the same writer.
+TEST_F(CliTest, AFullDiskAtAnyByteOfASwatchKeepsThePreviousFile) {
+  const std::string out = dir / "s/swatch.ppm";
+  std::filesystem::create_directory(dir / "s");
+  testing::SweepWriteFailures(
+      {out}, [&] { WriteBytes(out, {'o', 'l', 'd'}); },
+      [&] { return Run({"swatch", "gradient:radial:#000000:#FFFFFF", "--size", "3x2", "-o", out}).code == 0; });
 }
 
 TEST_F(CliTest, ShortMemoryAnywhereFailsCleanly) {
