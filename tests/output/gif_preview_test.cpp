@@ -8,6 +8,7 @@
 #include "output/gif_preview.h"
 #include "tests/output/gif_test_images.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/write_failure_sweep.h"
 
 namespace tess {
 namespace {
@@ -18,6 +19,7 @@ using testing::IndexImage;
 using testing::Indices;
 using testing::ReadBytes;
 using testing::TempFolder;
+using testing::WriteBytes;
 
 std::vector<uint8_t> Palette() {
   std::vector<uint8_t> p(kPaletteBytes);

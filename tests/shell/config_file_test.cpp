@@ -13,6 +13,7 @@
 
 #include "tests/support/fake_platform.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/write_failure_sweep.h"
 
 namespace tess {
 namespace {
@@ -158,6 +159,34 @@ TEST_F(ConfigFile, WritingReplacesTheFileOrFailsKeepingWhatWasThere) {
   EXPECT_FALSE(WriteSettings(folder, Settings(), m_platform));
   EXPECT_TRUE(fs::is_directory(fs::path(folder) / "inside"));
   EXPECT_EQ(m_dir.Files(), std::vector<std::string>{"zephyra1.ini"});
+}
+
+TEST_F(ConfigFile, AFullDiskAtAnyByteKeepsThePreviousFileAndSaysSo) {
+  Settings changed;
+  changed.SetNumber(Key::MainDelay, 77);
+  // The whole text goes out in one write, so the offsets inside the key lines
+  // behave alike; every 16th keeps the sweep quick over the 303 keys.
+  const uint64_t swept = testing::SweepWriteFailures(
+      {m_path}, [&] { WriteFile("old\n"); }, [&] { return WriteSettings(m_path, changed, m_platform); }, 16);
+  EXPECT_EQ(swept, FormatSettings(changed, m_platform.Now()).size());
+  std::string reason;
+  SafeFileFailureScope full_disk(0);
+  EXPECT_FALSE(WriteSettings(m_path, changed, m_platform, &reason));
+  EXPECT_EQ(reason, "No space left on device");
+}
+
+// The longest text value that reads back whole, and one more that does not.
+TEST_F(ConfigFile, TextValuesUpToTheLineLimitReadBackWhole) {
+  const size_t most = ConfigTextValueMax("CurrentFileName");
+  EXPECT_EQ(most, 259u - 4 - 15);
+  for (size_t length : {most, most + 1}) {
+    Settings s;
+    s.SetText(Key::CurrentFileName, std::string(length - 6, 'x') + "Acc=77");
+    ASSERT_TRUE(WriteSettings(m_path, s, m_platform));
+    Settings back;
+    ASSERT_TRUE(ReadSettings(m_path, back, m_platform));
+    EXPECT_EQ(back == s, length == most) << length;
+  }
 }
 
 }  // namespace
