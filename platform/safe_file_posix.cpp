@@ -83,18 +83,22 @@ void OnTerminatingSignal(int signal_number) {
 }  // namespace
 
 bool SafeFile::OpenTarget() {
-  Resolved resolved;
-  std::string reason;
-  if (!Resolve(m_target, &resolved, &reason)) return Fail(reason);
-  m_target = resolved.path;
-  if (resolved.exists && S_ISDIR(resolved.st.st_mode)) return Fail(Reason(EISDIR));
-  if (resolved.exists && IsDirect(resolved.st)) {
-    // Nothing can stand in for a device or a pipe: its bytes go straight in.
+  // Nothing can stand in for a device or a pipe: its bytes go straight in.
+  // Asked first and through the name as given, since the system's own links
+  // (/dev/stdout, /proc/self/fd/N) name pipes that no path reaches.
+  struct stat st;
+  if (stat(m_target.c_str(), &st) == 0 && IsDirect(st)) {
     const int fd = ::open(m_target.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC);
     if (fd < 0) return Fail(Reason(errno));
     m_handle = fd;
     return true;
   }
+  Resolved resolved;
+  std::string reason;
+  if (!Resolve(m_target, &resolved, &reason)) return Fail(reason);
+  m_target = resolved.path;
+  if (resolved.exists && S_ISDIR(resolved.st.st_mode)) return Fail(Reason(EISDIR));
+  if (resolved.exists && !S_ISREG(resolved.st.st_mode)) return Fail(Reason(EINVAL));
   RemoveStaleTemporaries();
   uint32_t salt;
   try {
@@ -179,13 +183,14 @@ void SafeFile::RemoveStaleTemporaries() {
 }
 
 bool SafeFile::CanWrite(const std::string& path, std::string* reason) {
+  struct stat direct;
+  if (stat(path.c_str(), &direct) == 0 && IsDirect(direct)) {
+    if (access(path.c_str(), W_OK) == 0) return true;
+    return (*reason = Reason(errno), false);
+  }
   Resolved resolved;
   if (!Resolve(path, &resolved, reason)) return false;
   if (resolved.exists && S_ISDIR(resolved.st.st_mode)) return (*reason = Reason(EISDIR), false);
-  if (resolved.exists && IsDirect(resolved.st)) {
-    if (access(resolved.path.c_str(), W_OK) == 0) return true;
-    return (*reason = Reason(errno), false);
-  }
   const std::string folder = FolderOf(resolved.path);
   struct stat st;
   if (stat(folder.c_str(), &st) != 0) return (*reason = Reason(errno), false);

@@ -48,7 +48,8 @@ int Report(CliEnvironment& env, int code, const std::string& message) {
   return Report(env, Failure{code, message});
 }
 
-// A GIF is renamed into place when complete, which a pipe cannot do.
+// Standard output is not taken as "-": a pipe or a device given by name
+// (such as /dev/stdout) is written directly.
 bool OutputIsUsable(const CliArgs& args, Failure* failure) {
   if (!args.output || *args.output != "-") return true;
   *failure = Failure{kExitUsage, "cannot write the GIF to standard output; give a file name with -o"};

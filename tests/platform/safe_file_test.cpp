@@ -111,6 +111,17 @@ TEST(SafeFile, LinksAreWrittenThroughAndStayLinks) {
 TEST(SafeFile, DevicesAndPipesAreWrittenDirectlyAndFoldersRefused) {
   TempFolder dir;
   ASSERT_TRUE(WriteAll("/dev/null", "gone"));
+  // The system's own links name a pipe no path reaches: written through them.
+  if (fs::exists("/proc/self/fd")) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    EXPECT_TRUE(WriteAll("/proc/self/fd/" + std::to_string(ends[1]), "via fd"));
+    char got[8] = {};
+    EXPECT_EQ(read(ends[0], got, sizeof got), 6);
+    EXPECT_STREQ(got, "via fd");
+    close(ends[0]);
+    close(ends[1]);
+  }
   struct stat st;
   ASSERT_EQ(stat("/dev/null", &st), 0);
   EXPECT_TRUE(S_ISCHR(st.st_mode)) << "/dev/null must stay a device";
