@@ -95,9 +95,9 @@ class SafeFile final : public ByteSink {
   bool m_settled = false;
 };
 
-// Command-line hosts call this once: SIGINT, SIGTERM and SIGHUP then remove
-// the temporaries of every open SafeFile before the process dies of the
-// signal. (A no-op where there are no such signals.)
+// Command-line hosts call this once: SIGINT, SIGTERM and SIGHUP (on Windows
+// the console's Ctrl-C, Ctrl-Break and close events) then remove the
+// temporaries of every open SafeFile before the process dies of them.
 void RemoveTemporariesOnSignals();
 
 // Test seam: while one lives, every SafeFile on this thread refuses the byte

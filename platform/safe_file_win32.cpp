@@ -2,8 +2,9 @@
 // and are widened for the wide-character calls. The temporary is made with
 // CREATE_NEW, flushed with FlushFileBuffers and moved over the target with
 // MoveFileExW (replace, write through). A device (NUL, CON, a pipe) is
-// written directly. There are no POSIX signals to clean up after; leftovers
-// of dead processes are swept by name on every open.
+// written directly. Ctrl-C, Ctrl-Break and closing the console remove the
+// open temporaries; leftovers of dead processes are swept by name on every
+// open.
 #include <windows.h>
 
 #include <cerrno>
@@ -59,6 +60,14 @@ bool IsDevice(const std::wstring& path) {
   return device;
 }
 
+void DeleteForConsoleEvent(const char* path) { DeleteFileA(path); }
+
+// Runs on a thread of its own; the default handler then ends the process.
+BOOL WINAPI OnConsoleEvent(DWORD) {
+  safe_file_detail::ForEachRegistered(&DeleteForConsoleEvent);
+  return FALSE;
+}
+
 }  // namespace
 
 bool SafeFile::OpenTarget() {
@@ -83,14 +92,18 @@ bool SafeFile::OpenTarget() {
   }
   for (int attempt = 0; attempt < 100; ++attempt) {
     const std::string name = TemporaryName(m_target, GetCurrentProcessId(), salt++);
-    HANDLE h = CreateFileW(Wide(name).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL,
-                           nullptr);
+    m_slot = safe_file_detail::RegisterTemporary(name);
+    // Shared for deletion only, so a console event can delete it while open.
+    HANDLE h = CreateFileW(Wide(name).c_str(), GENERIC_WRITE, FILE_SHARE_DELETE, nullptr, CREATE_NEW,
+                           FILE_ATTRIBUTE_NORMAL, nullptr);
     if (h != INVALID_HANDLE_VALUE) {
       m_handle = reinterpret_cast<intptr_t>(h);
       m_temporary = name;
       return true;
     }
     const DWORD code = GetLastError();
+    safe_file_detail::ReleaseTemporary(m_slot);
+    m_slot = -1;
     if (code != ERROR_FILE_EXISTS && code != ERROR_ALREADY_EXISTS) return Fail(Reason(code));
   }
   return Fail(Reason(ERROR_FILE_EXISTS));
@@ -121,6 +134,8 @@ bool SafeFile::Replace() {
                    MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
     return Fail(Reason(GetLastError()));
   m_temporary.clear();
+  safe_file_detail::ReleaseTemporary(m_slot);
+  m_slot = -1;
   return true;
 }
 
@@ -156,6 +171,6 @@ bool SafeFile::CanWrite(const std::string& path, std::string* reason) {
   return true;
 }
 
-void RemoveTemporariesOnSignals() {}
+void RemoveTemporariesOnSignals() { SetConsoleCtrlHandler(&OnConsoleEvent, TRUE); }
 
 }  // namespace tess
