@@ -589,7 +589,6 @@ void FountainLibrary(Context& context) {
   DeleteFileA(PatternPath(kId).c_str());
   DeleteFileA(LibraryPath(kFountainOpen).c_str());
   DeleteFileA(LibraryPath(kFountainClosed).c_str());
-  const std::string blocker = LibraryPath(kFountainClosed) + ".tmp";
   Bench bench(context);
   HWND control = bench.AddControl(kId, kFountainClosed);
   bench.Run([&](Bench& b) {
@@ -653,11 +652,15 @@ void FountainLibrary(Context& context) {
 
     // OK rewrites the file; when that fails it says so and the old file stays.
     box = OpenLibrary(b, editor);
-    Expect(CreateDirectoryA(blocker.c_str(), nullptr) != 0, "cannot block the library's temporary file");
+    // A file held open without delete sharing cannot be replaced, so the
+    // rewrite fails at its very end.
+    HANDLE held = CreateFileA(LibraryPath(kFountainClosed).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                              OPEN_EXISTING, 0, nullptr);
+    Expect(held != INVALID_HANDLE_VALUE, "cannot hold the library open");
     b.ui().Click(box, IDOK);
     ExpectMessage(b, kStrErrorUpdatingFountainLibrary);
     Expect(b.ui().WaitGone(box), "the library box did not close after the message");
-    RemoveDirectoryA(blocker.c_str());
+    if (held != INVALID_HANDLE_VALUE) CloseHandle(held);
     ExpectLibrary(kFountainClosed, entries, "after a failed rewrite");
 
     // The same moves ended with OK are written, and the chosen entry taken.
@@ -681,7 +684,6 @@ void FountainLibrary(Context& context) {
     Expect(Bytes(b.Record(control)) == Bytes(expected), "OK did not copy exactly the chosen entry");
     ExpectLibrary(kFountainOpen, {LibraryEntryOf(expected)}, "the open library");
   });
-  RemoveDirectoryA(blocker.c_str());
 }
 
 // ---------------------------------------------------------------- table
