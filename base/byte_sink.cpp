@@ -1,4 +1,4 @@
-// Memory and file sinks for the format writers.
+// The memory sink and the little-endian helpers every sink shares.
 #include "base/byte_sink.h"
 
 #include <new>
@@ -27,31 +27,6 @@ bool MemorySink::Write(const void* data, size_t size) {
     return false;
   }
   return true;
-}
-
-FileSink::~FileSink() {
-  if (m_file) std::fclose(m_file);
-}
-
-bool FileSink::Open(const std::string& path) {
-  if (m_file) Close();
-  m_failed = false;
-  m_file = std::fopen(path.c_str(), "wb");
-  return m_file != nullptr;
-}
-
-bool FileSink::Write(const void* data, size_t size) {
-  if (!m_file || m_failed) return false;
-  if (size != 0 && std::fwrite(data, 1, size, m_file) != size) m_failed = true;
-  return !m_failed;
-}
-
-bool FileSink::Close() {
-  if (!m_file) return false;
-  bool ok = !m_failed;
-  if (std::fclose(m_file) != 0) ok = false;
-  m_file = nullptr;
-  return ok;
 }
 
 }  // namespace tess

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "fills/picker_glyphs.h"
+#include "platform/safe_file.h"
 #include "tests/support/test_support.h"
 
 namespace tess {
@@ -278,21 +279,17 @@ TEST(PickerGlyphFiles, CommittedBitmapsAreTheDrawnStrips) {
     std::string name = PickerGlyphFileName(kind.picker_class);
     std::string path = testing::SourceDir() + "/resources/" + name;
     if (regenerate) {
-      FileSink out;
-      ASSERT_TRUE(out.Open(path) && out.Write(drawn.bytes().data(), drawn.bytes().size()) &&
-                  out.Close())
-          << path;
+      SafeFile out;
+      ASSERT_TRUE(out.Open(path) && out.Write(drawn.bytes().data(), drawn.bytes().size()) && out.Commit())
+          << path << ": " << out.error();
       continue;
     }
     std::ifstream in(path, std::ios::binary);
     std::vector<uint8_t> committed((std::istreambuf_iterator<char>(in)), {});
     if (committed != drawn.bytes()) {
       std::string actual = name.substr(0, name.size() - 4) + ".actual.bmp";
-      FileSink out;
-      if (out.Open(actual)) {
-        out.Write(drawn.bytes().data(), drawn.bytes().size());
-        out.Close();
-      }
+      SafeFile out;
+      if (out.Open(actual) && out.Write(drawn.bytes().data(), drawn.bytes().size())) out.Commit();
       ADD_FAILURE() << path << " differs from the drawn strip; see " << actual;
     }
   }
