@@ -162,9 +162,13 @@ void SafeFile::Abandon() {
   m_used = 0;
 }
 
-bool SafeFile::Fail(std::string reason) {
+bool SafeFile::Fail(const char* reason) noexcept {
   m_failed = true;
-  m_error = std::move(reason);
+  try {
+    m_error = reason;
+  } catch (...) {
+    m_error.clear();
+  }
   return false;
 }
 

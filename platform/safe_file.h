@@ -79,7 +79,9 @@ class SafeFile final : public ByteSink {
   void RemoveStaleTemporaries();
 
   bool Flush();
-  bool Fail(std::string reason);
+  // Never throws: short of memory for the text, the reason is left empty.
+  bool Fail(const char* reason) noexcept;
+  bool Fail(const std::string& reason) noexcept { return Fail(reason.c_str()); }
 
   std::string m_target;
   std::string m_temporary;

@@ -10,7 +10,9 @@
 
 #include <cerrno>
 #include <cstring>
+#include <new>
 #include <random>
+#include <utility>
 
 #include "platform/safe_file.h"
 
@@ -19,7 +21,7 @@ namespace {
 
 constexpr int kMaxLinks = 40;
 
-std::string Reason(int code) { return std::strerror(code); }
+const char* Reason(int code) { return std::strerror(code); }
 
 std::string FolderOf(const std::string& path) {
   const size_t slash = path.find_last_of('/');
@@ -111,13 +113,15 @@ bool SafeFile::OpenTarget() {
   // permissions of the file it replaces.
   const mode_t mode = resolved.exists ? 0600 : 0666;
   for (int attempt = 0; attempt < 100; ++attempt) {
-    const std::string name = TemporaryName(m_target, static_cast<uint32_t>(getpid()), salt++);
+    std::string name = TemporaryName(m_target, static_cast<uint32_t>(getpid()), salt++);
     // Registered before it exists, so a signal between the two cannot miss it.
     m_slot = safe_file_detail::RegisterTemporary(name);
     const int fd = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOCTTY | O_CLOEXEC, mode);
     if (fd >= 0) {
+      // Moved, not copied: nothing may fail between creating the file and
+      // remembering it, or it would outlive this object.
       m_handle = fd;
-      m_temporary = name;
+      m_temporary = std::move(name);
       if (resolved.exists && fchmod(fd, resolved.st.st_mode & 07777) != 0) return Fail(Reason(errno));
       return true;
     }
@@ -156,11 +160,15 @@ bool SafeFile::Replace() {
   m_temporary.clear();
   safe_file_detail::ReleaseTemporary(m_slot);
   m_slot = -1;
-  // The rename itself reaches the disk with the folder.
-  const int folder = ::open(FolderOf(m_target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (folder >= 0) {
-    fsync(folder);
-    ::close(folder);
+  // The rename itself reaches the disk with the folder (at best: the file is
+  // in place, so short memory for the name only skips this).
+  try {
+    const int folder = ::open(FolderOf(m_target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder >= 0) {
+      fsync(folder);
+      ::close(folder);
+    }
+  } catch (const std::bad_alloc&) {
   }
   return true;
 }
@@ -174,10 +182,15 @@ void SafeFile::RemoveStaleTemporaries() {
   const std::string folder = FolderOf(m_target);
   DIR* dir = opendir(folder.c_str());
   if (!dir) return;
-  while (const dirent* entry = readdir(dir)) {
-    uint32_t pid = 0;
-    if (entry->d_name[0] == '.' && TemporaryOwner(m_target, entry->d_name, &pid) && ProcessGone(pid))
-      unlink((folder + "/" + entry->d_name).c_str());
+  try {
+    while (const dirent* entry = readdir(dir)) {
+      uint32_t pid = 0;
+      if (entry->d_name[0] == '.' && TemporaryOwner(m_target, entry->d_name, &pid) && ProcessGone(pid))
+        unlink((folder + "/" + entry->d_name).c_str());
+    }
+  } catch (...) {
+    closedir(dir);
+    throw;
   }
   closedir(dir);
 }

@@ -8,8 +8,10 @@
 #include <windows.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <random>
+#include <utility>
 
 #include "platform/safe_file.h"
 
@@ -24,14 +26,17 @@ std::wstring Wide(const std::string& text) {
   return out;
 }
 
-std::string Reason(DWORD code) {
+// The system's text for `code`, without its line end or full stop. Kept per
+// thread, so failing never needs memory.
+const char* Reason(DWORD code) {
   if (code == ERROR_DISK_FULL || code == ERROR_HANDLE_DISK_FULL) return std::strerror(ENOSPC);
-  char text[512];
+  thread_local char text[512];
   DWORD n = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0, text,
                            sizeof text, nullptr);
   while (n > 0 && (text[n - 1] == '\r' || text[n - 1] == '\n' || text[n - 1] == '.')) --n;
-  if (n == 0) return "system error " + std::to_string(code);
-  return std::string(text, n);
+  if (n == 0) std::snprintf(text, sizeof text, "system error %lu", static_cast<unsigned long>(code));
+  else text[n] = '\0';
+  return text;
 }
 
 std::string FolderOf(const std::string& path) {
@@ -91,14 +96,16 @@ bool SafeFile::OpenTarget() {
     salt = GetCurrentProcessId() * 2654435761u;  // CREATE_NEW still keeps names apart
   }
   for (int attempt = 0; attempt < 100; ++attempt) {
-    const std::string name = TemporaryName(m_target, GetCurrentProcessId(), salt++);
+    std::string name = TemporaryName(m_target, GetCurrentProcessId(), salt++);
     m_slot = safe_file_detail::RegisterTemporary(name);
     // Shared for deletion only, so a console event can delete it while open.
     HANDLE h = CreateFileW(Wide(name).c_str(), GENERIC_WRITE, FILE_SHARE_DELETE, nullptr, CREATE_NEW,
                            FILE_ATTRIBUTE_NORMAL, nullptr);
     if (h != INVALID_HANDLE_VALUE) {
+      // Moved, not copied: nothing may fail between creating the file and
+      // remembering it, or it would outlive this object.
       m_handle = reinterpret_cast<intptr_t>(h);
-      m_temporary = name;
+      m_temporary = std::move(name);
       return true;
     }
     const DWORD code = GetLastError();
