@@ -50,6 +50,24 @@ TEST(Ppm, PixelsArriveTopDownAsColourValues) {
     for (int x = 0; x < 5; ++x) EXPECT_EQ(ImageGetPixel(image, x, y), MakeColour(x, y, x + y));
 }
 
+// Pixels are exchanged eight at a time with the rest one by one: every width
+// up to two whole groups and a remainder, with bytes that all differ, checked
+// against the plain definition, so a byte landing in the wrong place shows.
+TEST(Ppm, EveryWidthKeepsEachPixelsChannels) {
+  for (int w = 1; w <= 19; ++w) {
+    std::vector<uint8_t> pixels;
+    for (int i = 0; i < w * 2 * 3; ++i) pixels.push_back(static_cast<uint8_t>(i * 37 + 11));
+    std::vector<ImageBlock> images;
+    std::string error;
+    ASSERT_TRUE(ParsePpmImages(Bytes("P6 " + std::to_string(w) + " 2 255\n", pixels), &images, &error)) << error;
+    for (int y = 0; y < 2; ++y)
+      for (int x = 0; x < w; ++x) {
+        const uint8_t* p = pixels.data() + 3 * (y * w + x);
+        EXPECT_EQ(ImageGetPixel(images[0], x, y), MakeColour(p[0], p[1], p[2])) << w << ": " << x << ", " << y;
+      }
+  }
+}
+
 TEST(Ppm, SeveralImagesInOneStreamWithCommentsAndTrailingSpace) {
   std::vector<uint8_t> bytes = Bytes("P6 2 2 255\n", Ramp(2, 2));
   std::vector<uint8_t> second = Bytes("P6\t2#comment\n 2\r\n255 ", Ramp(2, 2));
