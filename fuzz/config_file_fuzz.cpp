@@ -12,9 +12,6 @@
 
 namespace {
 
-// What one read of the reader takes, line end included.
-constexpr size_t kLongestRead = 259;
-
 std::vector<std::string_view> Lines(std::string_view text) {
   std::vector<std::string_view> lines;
   while (!text.empty()) {
@@ -44,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::string changed;
   for (size_t i = 0; i < lines.size(); ++i) {
     if (lines[i] == default_lines[i]) continue;
-    if (lines[i].size() > kLongestRead) return 0;
+    if (lines[i].size() > tess::kConfigReadChunk) return 0;
     changed.append(lines[i]);
   }
 

@@ -417,7 +417,8 @@ namespace {
 // EncodeChoosing asks the table whether a string exists for two indices per
 // pixel, which the branch-free table above cannot answer cheaply; so it keeps
 // a plain open-addressed table of entries key << 12 | code, with the key
-// index << 12 | prefix (never 0, as codes start above the end code). At 32 KB
+// index << 12 | prefix. An entry is never 0, as codes start above the end
+// code, so 0 marks an empty slot; the key alone can be 0. At 32 KB
 // it stays in the first-level cache, and clearing it is a memset.
 constexpr int kKeyedBits = 13;  // 8192 slots for at most 4096 strings
 constexpr uint32_t kKeyedSlots = 1u << kKeyedBits;
