@@ -2,6 +2,7 @@
 // setting by its kind's rules, the rules the dialog's windows follow too.
 #include "dialog/settings_document.h"
 
+#include <algorithm>
 #include <new>
 
 #include "controls/control_kinds.h"
@@ -166,6 +167,13 @@ SettingsDocument::SettingsDocument(Settings& settings, uint32_t host_capabilitie
   PageRecords& store = records ? *records : m_own_records;
   AddMainControls(m_controls, settings, store, &m_custom_palette, host_capabilities);
   AddPageControls(m_controls, settings, store);
+  // A load looks up every line's control; hundreds of lines against hundreds
+  // of controls made loading quadratic. Stable, so the first control with a
+  // number keeps answering for it.
+  m_by_number.reserve(m_controls.size());
+  for (const auto& control : m_controls) m_by_number.emplace_back(control->Number(), control.get());
+  std::stable_sort(m_by_number.begin(), m_by_number.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
 }
 
 SettingsDocument::~SettingsDocument() = default;
@@ -176,9 +184,9 @@ void SettingsDocument::ForEachControl(
 }
 
 DocumentControl* SettingsDocument::FindControl(int number) {
-  for (const auto& control : m_controls)
-    if (control->Number() == number) return control.get();
-  return nullptr;
+  auto found = std::lower_bound(m_by_number.begin(), m_by_number.end(), number,
+                                [](const auto& entry, int n) { return entry.first < n; });
+  return found != m_by_number.end() && found->first == number ? found->second : nullptr;
 }
 
 bool SaveSettingsDocument(const std::string& path, const Settings& settings,

@@ -15,6 +15,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/report.h"
@@ -53,6 +54,7 @@ class SettingsDocument final : public DocumentTarget {
   int32_t m_custom_palette = 0;
   PageRecords m_own_records;
   std::vector<std::unique_ptr<DocumentControl>> m_controls;
+  std::vector<std::pair<int, DocumentControl*>> m_by_number;  // sorted by number
 };
 
 // One-call forms for hosts without a dialog. Every failure, memory included,

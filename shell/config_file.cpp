@@ -6,6 +6,9 @@
 #include "shell/config_file.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -39,11 +42,40 @@ size_t SkipRun(std::string_view text, size_t pos, char c) {
 // The first readable key whose name begins with `key`: keys are matched as
 // prefixes, and an empty key matches the first entry.
 int FindReadableKey(std::string_view key) {
+  // The readable keys in name order, so the names a prefix begins form one
+  // run, and the earliest table index of every run of 2^k names from each
+  // place, so the run's earliest key is two lookups rather than a scan.
+  constexpr int kLevels = std::bit_width(static_cast<unsigned>(kConfigKeyCount));
+  struct ByName {
+    std::array<uint16_t, kConfigKeyCount> index{};
+    std::array<std::array<uint16_t, kConfigKeyCount>, kLevels> earliest{};
+    size_t count = 0;
+  };
+  static const ByName by_name = [] {
+    ByName table;
+    std::span<const ConfigKey> keys = ConfigKeys();
+    for (size_t i = 0; i < keys.size(); ++i)
+      if (!keys[i].IsWrittenOnly()) table.index[table.count++] = static_cast<uint16_t>(i);
+    std::sort(table.index.begin(), table.index.begin() + static_cast<std::ptrdiff_t>(table.count),
+              [&](uint16_t a, uint16_t b) { return keys[a].name < keys[b].name; });
+    table.earliest[0] = table.index;
+    for (size_t k = 1; k < kLevels; ++k)
+      for (size_t p = 0; p + (size_t{1} << k) <= table.count; ++p)
+        table.earliest[k][p] =
+            std::min(table.earliest[k - 1][p], table.earliest[k - 1][p + (size_t{1} << (k - 1))]);
+    return table;
+  }();
   std::span<const ConfigKey> keys = ConfigKeys();
-  for (size_t i = 0; i < keys.size(); ++i) {
-    if (!keys[i].IsWrittenOnly() && keys[i].name.starts_with(key)) return static_cast<int>(i);
-  }
-  return -1;
+  const auto begin = by_name.index.begin();
+  const auto end = begin + static_cast<std::ptrdiff_t>(by_name.count);
+  const auto first = std::partition_point(begin, end, [&](uint16_t i) { return keys[i].name < key; });
+  const auto last = std::partition_point(
+      first, end, [&](uint16_t i) { return keys[i].name.substr(0, key.size()) == key; });
+  if (first == last) return -1;
+  const size_t from = static_cast<size_t>(first - begin);
+  const size_t length = static_cast<size_t>(last - first);
+  const size_t k = static_cast<size_t>(std::bit_width(length)) - 1;
+  return std::min(by_name.earliest[k][from], by_name.earliest[k][from + length - (size_t{1} << k)]);
 }
 
 bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }

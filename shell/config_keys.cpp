@@ -4,6 +4,7 @@
 // unique names, the style keys in one run by ascending style number).
 #include "shell/settings.h"
 
+#include <array>
 #include <iterator>
 
 namespace tess {
@@ -401,6 +402,26 @@ constexpr bool StyleKeysInOneRun() {
   return previous == kStyleNumberCount - 1;
 }
 
+// Where each style's run of keys starts in the table; entry
+// kStyleNumberCount is the end of the last run. Looking a control's key up
+// happens for every control of a page whenever one is shown, read or listed,
+// so it searches one style's dozen keys rather than all of them.
+struct StyleRuns {
+  std::array<int, kStyleNumberCount + 1> start{};
+};
+
+constexpr StyleRuns FindStyleRuns() {
+  StyleRuns runs;
+  int style = 0;
+  runs.start[0] = kLeadingGeneralKeyCount;
+  for (int i = kLeadingGeneralKeyCount; i < kLeadingGeneralKeyCount + kStyleKeyCount; ++i)
+    while (StyleOf(kTable[i].name) > style) runs.start[++style] = i;
+  while (style < kStyleNumberCount) runs.start[++style] = kLeadingGeneralKeyCount + kStyleKeyCount;
+  return runs;
+}
+
+constexpr StyleRuns kStyleRuns = FindStyleRuns();
+
 static_assert(std::size(kTable) == kConfigKeyCount);
 static_assert(OneKindEach());
 static_assert(NamesUnique());
@@ -421,10 +442,9 @@ int FindConfigKey(std::string_view name) {
 
 int StyleKeyIndex(int style, std::string_view param) {
   if (style < 0 || style >= kStyleNumberCount || param.empty()) return -1;
-  for (int i = kLeadingGeneralKeyCount; i < kLeadingGeneralKeyCount + kStyleKeyCount; ++i) {
-    std::string_view name = kTable[i].name;
-    if (StyleOf(name) == style && name.substr(8) == param) return i;
-  }
+  // Every style key is "Style" + three digits + the parameter (checked above).
+  for (int i = kStyleRuns.start[style]; i < kStyleRuns.start[style + 1]; ++i)
+    if (kTable[i].name.substr(8) == param) return i;
   return -1;
 }
 
