@@ -146,6 +146,7 @@ class Build {
 
   // One frame at a time.
   bool RunStreamed();
+  bool RunGivenStreamed();
   std::unique_ptr<StyleRecord> StartRecord(int* count);
   bool QuantizeFirstPass();
   bool StreamFrames(StyleRecord& record, int count, Remapper& remapper);
@@ -190,7 +191,8 @@ class Build {
 
 bool Build::Run() {
   Prepare();
-  return m_c.options.stream_frames && !m_given_frames ? RunStreamed() : RunAllFrames();
+  if (!m_c.options.stream_frames) return RunAllFrames();
+  return m_given_frames ? RunGivenStreamed() : RunStreamed();
 }
 
 bool Build::RunAllFrames() {
@@ -339,14 +341,19 @@ bool Build::FinishFrame(FrameRecord& frame, int i, Remapper& remapper) {
 // colour there is no spare index (supercompress is off and no adaptive
 // palette reserved one), so none of the substitutions can apply there.
 bool Build::RemapFrame(FrameRecord& frame, int i, Remapper& remapper) {
-  ImageBlock out = m_s.dither ? remapper.Dither(frame.image) : remapper.Remap(frame.image);
+  // Without dither the unchanged pixels need no search: the mask is applied
+  // as the frame is remapped.
+  const bool mask_now = m_s.supercompress && frame.mask && !m_s.dither;
+  ImageBlock out = m_s.dither ? remapper.Dither(frame.image)
+                   : mask_now ? remapper.Remap(frame.image, frame.mask, m_super_index)
+                              : remapper.Remap(frame.image);
   if (!out) return false;
   if (m_s.supercompress && i == 0) {
     out = SubstituteBackground(out, frame.image, m_bg, m_reserved);
     if (!out) return false;
   }
   if (m_s.supercompress && frame.mask) {
-    ApplySupercompressMask(out, frame.mask, m_super_index);
+    if (!mask_now) ApplySupercompressMask(out, frame.mask, m_super_index);
     frame.transparent = m_super_index;
     // The entry already holds bg when the palette was made; restating it keeps
     // the transparent colour right whatever the remap wrote into the table.
@@ -400,6 +407,49 @@ bool Build::RunStreamed() {
   Remapper remapper;
   if (!InitRemapper(remapper)) return Fail(kStrMemoryError);
   return StreamFrames(*record, count, remapper);
+}
+
+// Frames the caller already holds, streamed the same way once the palette
+// has seen them all: each is masked, remapped, delivered and let go before
+// the next, so a host that writes in the background encodes one frame while
+// the next is remapped.
+bool Build::RunGivenStreamed() {
+  if (!Render()) return false;
+  if (AdaptiveWanted() && !Quantize()) return false;
+  if (m_super_index < 0) m_s.supercompress = false;
+  Remapper remapper;
+  if (!InitRemapper(remapper)) return Fail(kStrMemoryError);
+  const int count = m_frames.count();
+  for (int i = 0; i < count; ++i) {
+    m_max_width = std::max(m_max_width, m_frames[i].image.width());
+    m_max_height = std::max(m_max_height, m_frames[i].image.height());
+  }
+  if (!OpenOutput(count)) return false;
+  Status(kStrStatusRemapping);
+  ImageBlock previous;
+  for (int i = 0; i < count; ++i) {
+    Progress(i, count);
+    FrameRecord& frame = m_frames[i];
+    bool made = false;
+    try {
+      made = (!m_s.supercompress || MaskFrame(frame, i, previous)) && FinishFrame(frame, i, remapper);
+    } catch (const std::bad_alloc&) {
+      made = false;
+    }
+    if (!made) {
+      Fail(kStrMemoryError);
+      AbandonOutput();
+      return false;
+    }
+    if (!DeliverFrame(frame, i)) {
+      AbandonOutput();
+      return false;
+    }
+    frame.image = ImageBlock();
+    frame.mask = ImageBlock();
+  }
+  Progress(0, 0);
+  return CloseOutput();
 }
 
 // A fresh record and its frame count, as StyleBuild starts one. Null after

@@ -528,6 +528,11 @@ class PlainPacker {
 
 }  // namespace
 
+bool LzwEncoder::Reserve() {
+  if (!m_keyed) m_keyed = AllocBuffer<uint32_t>(kKeyedSlots);
+  return m_keyed && EnsureTables();
+}
+
 GifStatus LzwEncoder::EncodeChoosing(ByteSink& sink, const uint8_t* first, const uint8_t* second,
                                      size_t count, int bit_count, LzwFullTable full, uint8_t* chosen) {
   const int code_size = LzwCodeSize(bit_count);

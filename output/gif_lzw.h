@@ -48,6 +48,11 @@ class LzwEncoder {
   // when an index does not fit the bit count's code size.
   GifStatus EncodeChoosing(ByteSink& sink, const uint8_t* first, const uint8_t* second, size_t count,
                            int bit_count, LzwFullTable full, uint8_t* chosen);
+  // Makes both hash tables now rather than on first use, so they belong to
+  // the calling thread (allocation accounting is per thread). False when
+  // memory is short.
+  bool Reserve();
+
   // Whether the last EncodeChoosing filled the string table; when it did not,
   // both LzwFullTable variants give the same bytes.
   bool table_filled() const { return m_filled; }

@@ -171,11 +171,11 @@ bool GifFrameShaper::Start(int width, int height, const uint8_t* global_rgb, int
   m_lean = 0, m_full = LzwFullTable::kClear, m_since_trial = 0;
   FirstOfEachColour(m_global, std::clamp(bits, 1, 8), m_global_first);
   const size_t n = static_cast<size_t>(width) * static_cast<size_t>(height);
-  for (Buffer<uint8_t>* b : {&m_canvas, &m_indices, &m_first, &m_second, &m_chosen, &m_best}) {
+  for (Buffer<uint8_t>* b : {&m_canvas, &m_indices, &m_chosen}) {
     *b = AllocBuffer<uint8_t>(n);
     if (!*b) return false;
   }
-  return true;
+  return m_lzw.Reserve();
 }
 
 // True when the image's colour table agrees with the global table wherever
@@ -192,6 +192,11 @@ bool GifFrameShaper::TableMatchesGlobal(const ImageBlock& image) const {
 }
 
 GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out) {
+  if (GifStatus st = Plan(input, out); st != GifStatus::kOk) return st;
+  return Encode(out);
+}
+
+GifStatus GifFrameShaper::Plan(const GifFrameInput& input, GifShapedFrame* out) {
   if (!m_canvas || !input.image || !*input.image) return GifStatus::kBadArgument;
   const ImageBlock& image = *input.image;
   if (image.width() > m_width || image.height() > m_height) return GifStatus::kBadArgument;
@@ -269,9 +274,16 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
 
   // The box's pixels: `second` what the viewer must see, `first` the
   // transparent index where that already shows.
-  uint8_t* first = m_first.get();
-  uint8_t* second = m_second.get();
   const size_t bw = static_cast<size_t>(box.width);
+  const size_t n = bw * static_cast<size_t>(box.height);
+  if (out->capacity < n) {
+    out->own = AllocBuffer<uint8_t>(n);
+    out->masked = AllocBuffer<uint8_t>(n);
+    out->capacity = out->own && out->masked ? n : 0;
+    if (out->capacity == 0) return GifStatus::kNoMemory;
+  }
+  uint8_t* first = out->masked.get();
+  uint8_t* second = out->own.get();
   bool choices = false;
   for (int y = box.top; y < box.top + box.height; ++y, first += bw, second += bw) {
     const uint8_t* fr = frame_row(y) + box.left;
@@ -307,14 +319,13 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
     }
     choices |= any != 0;
   }
-  const size_t n = bw * static_cast<size_t>(box.height);
 
   // The code size only has to hold the indices the frame writes, whatever
   // the table's size: a frame of few, low indices codes in fewer bits. Over
   // the picture the transparent index is free to be any index no pixel shows,
   // so it becomes the lowest such.
   bool used[256] = {};
-  for (size_t i = 0; i < n; ++i) used[m_second[i]] = true;
+  for (size_t i = 0; i < n; ++i) used[out->own[i]] = true;
   int highest = 0;
   for (int i = 0; i < 256; ++i)
     if (used[i]) highest = i;
@@ -322,22 +333,26 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
     int lowest_free = 0;
     while (lowest_free < 256 && used[lowest_free]) ++lowest_free;
     if (lowest_free < transparent) {
-      ReplaceByte(m_first.get(), n, static_cast<uint8_t>(transparent), static_cast<uint8_t>(lowest_free));
+      ReplaceByte(out->masked.get(), n, static_cast<uint8_t>(transparent), static_cast<uint8_t>(lowest_free));
       transparent = lowest_free;
     }
   }
   const int coded_bits = local ? bits : std::min(bits, BitsForColours(std::max(highest, transparent) + 1));
 
-  out->data = MemorySink();
-  if (GifStatus st = EncodeSmallest(n, coded_bits, choices, out); st != GifStatus::kOk) return st;
+  out->count = n;
+  out->coded_bits = coded_bits;
+  out->choices = choices;
 
-  // The viewer's picture after this frame.
+  // The viewer's picture after this frame. Whichever of a pixel's two
+  // indices the encoder picks, the viewer shows `own`: the transparent index
+  // is offered only where `own` already shows. So the picture is known
+  // before the frame is encoded.
   if (local || input.clear_behind) {
     m_canvas_known = false;
   } else {
     // Without a transparent index every pixel is drawn; with one, a
     // transparent pixel keeps what shows, which is known only over the canvas.
-    const uint8_t* best = m_best.get();
+    const uint8_t* best = out->own.get();
     bool any_transparent = false;
     for (int y = box.top; y < box.top + box.height; ++y, best += bw) {
       uint8_t* row = m_canvas.get() + static_cast<size_t>(y) * cw + box.left;
@@ -374,14 +389,19 @@ GifStatus GifFrameShaper::Shape(const GifFrameInput& input, GifShapedFrame* out)
 // lean on the effects measured. Consecutive frames of an animation are
 // alike and so are their winners: between full trials every kTrialEvery
 // frames, a frame is encoded once, the last trial's way.
-GifStatus GifFrameShaper::EncodeSmallest(size_t count, int bits, bool choices, GifShapedFrame* out) {
-  const uint8_t* own = m_second.get();
-  const uint8_t* masked = m_first.get();
+GifStatus GifFrameShaper::Encode(GifShapedFrame* out) {
+  if (!m_chosen || !out->own || !out->masked || out->count == 0) return GifStatus::kBadArgument;
+  const size_t count = out->count;
+  const int bits = out->coded_bits;
+  const bool choices = out->choices;
+  const uint8_t* own = out->own.get();
+  const uint8_t* masked = out->masked.get();
   const uint8_t* leans[2][2] = {{own, masked}, {masked, own}};
   size_t best = SIZE_MAX;
   bool filled = false;
   int best_lean = 0;
   LzwFullTable best_full = LzwFullTable::kClear;
+  out->data = MemorySink();
   auto attempt = [&](int lean, LzwFullTable full) {
     MemorySink sink;
     GifStatus st = m_lzw.EncodeChoosing(sink, leans[lean][0], leans[lean][1], count, bits, full, m_chosen.get());
@@ -392,7 +412,6 @@ GifStatus GifFrameShaper::EncodeSmallest(size_t count, int bits, bool choices, G
       best = sink.bytes().size();
       best_lean = lean, best_full = full;
       out->data = std::move(sink);
-      std::swap(m_chosen, m_best);
     }
     return GifStatus::kOk;
   };

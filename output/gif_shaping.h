@@ -54,12 +54,27 @@ struct GifFrameInput {
 };
 
 // What the file gets for it: the graphic control block, the descriptor (its
-// local table, if any, points into this object) and the encoded image data.
+// local table, if any, points into this object, which is therefore neither
+// copied nor moved) and the encoded image data. Between Plan and Encode it
+// also holds the crop box's pixels; they are kept for the next frame planned
+// into the same object.
 struct GifShapedFrame {
+  GifShapedFrame() = default;
+  GifShapedFrame(const GifShapedFrame&) = delete;
+  GifShapedFrame& operator=(const GifShapedFrame&) = delete;
+
   GifGraphicControl control;
   GifImageDescriptor descriptor;
   uint8_t local_rgb[768] = {};
   MemorySink data;
+
+  // The box's pixels: `own` what the viewer must see, `masked` the
+  // transparent index wherever that already shows.
+  Buffer<uint8_t> own, masked;
+  size_t capacity = 0;  // of own and masked
+  size_t count = 0;     // pixels in the box
+  int coded_bits = 0;
+  bool choices = false;  // some pixel may be either
 };
 
 class GifFrameShaper {
@@ -68,22 +83,33 @@ class GifFrameShaper {
   // False when memory is short.
   bool Start(int width, int height, const uint8_t* global_rgb, int bits);
 
-  // Shapes the next frame. kBadArgument when it does not fit the screen,
-  // kIndexTooLarge when its indices fit no table, kNoMemory when memory is short.
+  // Shapes the next frame: Plan, then Encode. kBadArgument when it does not
+  // fit the screen, kIndexTooLarge when its indices fit no table, kNoMemory
+  // when memory is short.
   GifStatus Shape(const GifFrameInput& input, GifShapedFrame* out);
+
+  // The two halves of Shape. Plan decides everything but the image data and
+  // brings the viewer's picture up to date; Encode, the bulk of the work,
+  // encodes what Plan left in `out`. Frames are planned in order and encoded
+  // in the same order, but the encoding of one frame may run on another
+  // thread while the next ones are planned (into other objects): the halves
+  // share only the LZW state, which Plan never touches.
+  GifStatus Plan(const GifFrameInput& input, GifShapedFrame* out);
+  GifStatus Encode(GifShapedFrame* out);
 
  private:
   bool TableMatchesGlobal(const ImageBlock& image) const;
-  // Encodes the box's candidates into `out`; the winner's indices go to m_best.
-  GifStatus EncodeSmallest(size_t count, int bits, bool choices, GifShapedFrame* out);
 
+  // Plan's side.
   int m_width = 0, m_height = 0, m_bits = 0;
   uint8_t m_global[768] = {};
   uint8_t m_global_first[256] = {};  // each index's first index of the same colour
   bool m_canvas_known = false;  // every pixel of m_canvas is what the viewer shows
   Buffer<uint8_t> m_canvas;     // the screen as global-table indices
   Buffer<uint8_t> m_indices;    // the frame, one index per byte
-  Buffer<uint8_t> m_first, m_second, m_chosen, m_best;  // the crop box's pixels
+
+  // Encode's side.
+  Buffer<uint8_t> m_chosen;  // the encoder's picks, which nothing needs
   LzwEncoder m_lzw;
   // The way the last full trial found smallest, and frames since it.
   static constexpr int kTrialEvery = 8;

@@ -24,13 +24,23 @@ bool Remapper::Init(const uint8_t* rgb, int bits, int count, const RemapOptions&
   return false;
 }
 
-ImageBlock Remapper::Remap(const ImageBlock& source) {
+ImageBlock Remapper::Remap(const ImageBlock& source) { return RemapRows(source, nullptr, 0); }
+
+ImageBlock Remapper::Remap(const ImageBlock& source, const ImageBlock& mask, int masked_index) {
+  return RemapRows(source, mask && mask.bits() == 1 ? &mask : nullptr, masked_index);
+}
+
+ImageBlock Remapper::RemapRows(const ImageBlock& source, const ImageBlock* mask, int masked_index) {
   if (!source || m_bits == 0) return {};
   const int width = source.width(), height = source.height();
   ImageBlock out = ImageCreate(width, height, m_rgb, m_bits);
   Buffer<uint8_t> indices = AllocBuffer<uint8_t>(static_cast<size_t>(width));
   Buffer<uint8_t> scratch = AllocBuffer<uint8_t>(3 * static_cast<size_t>(width));
   if (!out || !indices || !scratch) return {};
+  const uint8_t masked = static_cast<uint8_t>(masked_index);
+  // A mask of another size covers what it overlaps, as when applied later.
+  const int mask_width = mask ? std::min(width, mask->width()) : 0;
+  auto mask_row = [&](int y) { return mask && y < mask->height() ? mask->Row(y) : nullptr; };
 
   if (source.bits() <= 8) {
     uint8_t translate[256] = {};
@@ -39,7 +49,9 @@ ImageBlock Remapper::Remap(const ImageBlock& source) {
       translate[i] = static_cast<uint8_t>(Pick(table[4 * i + 2], table[4 * i + 1], table[4 * i]));
     for (int y = 0; y < height; ++y) {
       UnpackIndexRow(source, y, indices.get());
-      for (int x = 0; x < width; ++x) indices[x] = translate[indices[x]];
+      const uint8_t* bits = mask_row(y);
+      for (int x = 0; x < width; ++x)
+        indices[x] = bits && x < mask_width && (bits[x / 8] & (0x80 >> (x % 8))) ? masked : translate[indices[x]];
       PackIndexRow(out, y, indices.get());
     }
     return out;
@@ -47,14 +59,28 @@ ImageBlock Remapper::Remap(const ImageBlock& source) {
 
   for (int y = 0; y < height; ++y) {
     const uint8_t* bgr = BgrRow(source, y, scratch.get());
+    const uint8_t* bits = mask_row(y);
     // Runs of one colour, common in rendered frames, cost one search.
     uint32_t previous = 0xFFFFFFFFu;
     uint8_t index = 0;
     for (int x = 0; x < width; ++x) {
-      const uint8_t* p = bgr + 3 * x;
-      uint32_t colour = p[0] | (p[1] << 8) | (p[2] << 16);
+      if (bits && x < mask_width) {
+        // Unchanged pixels come in whole bytes of the mask more often than not.
+        const uint8_t eight = bits[x / 8];
+        if (eight == 0xFF && x % 8 == 0 && x + 8 <= mask_width) {
+          std::memset(indices.get() + x, masked, 8);
+          x += 7;
+          continue;
+        }
+        if (eight & (0x80 >> (x % 8))) {
+          indices[x] = masked;
+          continue;
+        }
+      }
+      const uint32_t colour = BgrKey(bgr, x, width);
       if (colour != previous) {
         previous = colour;
+        const uint8_t* p = bgr + 3 * x;
         index = static_cast<uint8_t>(Pick(p[2], p[1], p[0]));
       }
       indices[x] = index;

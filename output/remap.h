@@ -37,6 +37,11 @@ class Remapper {
   // luminance at 129. A palettised source is mapped through its own colour
   // table, each entry translated once.
   ImageBlock Remap(const ImageBlock& source);
+  // The same remap with the pixels set in `mask` (a supercompression mask,
+  // output/supercompress.h) stored as `masked_index`, as ApplySupercompressMask
+  // would store it afterwards (over the area both cover); those pixels are
+  // never searched.
+  ImageBlock Remap(const ImageBlock& source, const ImageBlock& mask, int masked_index);
 
   // Error diffusion: colour output spreads the error of each channel over the
   // neighbours; 1-bit output dithers a tone-curved gray. Rows are visited in
@@ -45,6 +50,7 @@ class Remapper {
 
  private:
   // The index one colour gets in the plain remap and the colour dither.
+  ImageBlock RemapRows(const ImageBlock& source, const ImageBlock* mask, int masked_index);
   int Pick(int r, int g, int b) {
     if (m_bits == 1) return Luminance(r, g, b) >= 129 ? 1 : 0;
     return m_options.fast_remap ? m_matcher.Fast(r, g, b) : m_matcher.Nearest(r, g, b);

@@ -139,6 +139,9 @@ class MemoryCeiling {
     if (set()) m_scope.emplace(AllocCurrentBytes() + m_bytes);
   }
   // After failed work: the line that says the ceiling was the cause.
+  // A background frame writer allocates on its own thread, out of the
+  // ceiling's sight: under a ceiling the frames are written in turn.
+  FrameWriting Writing() const { return set() ? FrameWriting::kInline : FrameWriting::kBackground; }
   void ExplainFailure(CliEnvironment& env, std::string_view why) const {
     if (m_scope && m_scope->refused())
       Report(env, kExitFailure, std::string(why) + " more than --max-memory " + m_text + " allows");
@@ -349,7 +352,7 @@ int RunBuildCommand(const CliArgs& args, CliEnvironment& env) {
     if (!path.empty() && !CheckWritable(path, &failure)) {
       Report(env, failure);
     } else if (!path.empty()) {
-      GifFileHost host(path, &bar);
+      GifFileHost host(path, &bar, ceiling.Writing());
       Random random;
       BuildContext context{dialog, env.styles, random, host, 0, reporter, env.platform, nullptr,
                            OptionsFrom(*settings)};
@@ -495,7 +498,7 @@ int RunEncode(const CliArgs& args, CliEnvironment& env) {
 
   ProgressBar bar(env.err, env.err_is_terminal && !args.quiet);
   CliReporter reporter(env.err, &bar);
-  GifFileHost host(*args.output, &bar);
+  GifFileHost host(*args.output, &bar, ceiling.Writing());
   Random random;
   BuildContext context{dialog, env.styles, random, host, 0, reporter, env.platform, nullptr,
                        OptionsFrom(*settings)};

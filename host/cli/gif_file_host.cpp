@@ -6,8 +6,13 @@
 #include "host/cli/gif_file_host.h"
 
 #include <algorithm>
+#include <array>
+#include <condition_variable>
 #include <cstring>
+#include <mutex>
 #include <new>
+#include <system_error>
+#include <thread>
 
 #include "output/gif_shaping.h"
 #include "output/gif_writer.h"
@@ -26,9 +31,9 @@ int32_t Clamp16(int32_t v) { return std::clamp(v, 0, 65535); }
 
 class GifFileHost::File {
  public:
-  explicit File(const TaskRecord& task)
+  File(const TaskRecord& task, bool background)
       : m_width(static_cast<int>(task.width)), m_height(static_cast<int>(task.height)),
-        m_bits(static_cast<int>(task.bits)) {
+        m_bits(static_cast<int>(task.bits)), m_background(background) {
     std::memcpy(m_global, task.palette, kPaletteBytes);
   }
   ~File() { Abandon(); }
@@ -36,6 +41,7 @@ class GifFileHost::File {
   File& operator=(const File&) = delete;
 
   bool Open(const std::string& output, std::string* error) {
+    m_output = output;
     if (m_width < 1 || m_width > 65535 || m_height < 1 || m_height > 65535 || m_bits < 1 || m_bits > 8) {
       *error = "the task's screen or palette is not one a GIF can hold";
       return false;
@@ -50,48 +56,92 @@ class GifFileHost::File {
     screen.global_table = m_global;
     screen.table_bits = m_bits;
     if (m_writer.WriteHeader(screen) != GifStatus::kOk || m_writer.WriteLoopExtension(0) != GifStatus::kOk)
-      return WriteFailed(output, error);
+      return WriteFailed(error);
     if (!m_shaper.Start(m_width, m_height, m_global, m_bits)) {
       *error = std::string(StringText(kStrMemoryError));
       Abandon();
       return false;
     }
+    if (m_background) {
+      try {
+        m_worker = std::thread([this] { Work(); });
+      } catch (const std::system_error&) {
+        m_background = false;  // no thread to be had: the frames are written in turn
+      }
+    }
     return true;
   }
 
-  bool AddFrame(const ImageRecord& record, const std::string& output, std::string* error);
+  bool AddFrame(const ImageRecord& record, std::string* error);
 
-  bool AddComment(const char* text, const std::string& output, std::string* error) {
-    if (m_writer.WriteComment(text ? text : "") != GifStatus::kOk) return WriteFailed(output, error);
+  bool AddComment(const char* text, std::string* error) {
+    if (!Drain(error)) return false;
+    if (m_writer.WriteComment(text ? text : "") != GifStatus::kOk) return WriteFailed(error);
     return true;
   }
 
-  // Trailer, then the rename that makes the file appear.
-  bool Finish(const std::string& output, std::string* error) {
-    if (m_writer.WriteTrailer() != GifStatus::kOk || !m_sink.Commit()) return WriteFailed(output, error);
+  // The frames still queued, the trailer, then the rename that makes the
+  // file appear.
+  bool Finish(std::string* error) {
+    if (!Drain(error)) return false;
+    StopWorker(false);
+    if (m_writer.WriteTrailer() != GifStatus::kOk || !m_sink.Commit()) return WriteFailed(error);
     return true;
   }
 
-  void Abandon() { m_sink.Abandon(); }
+  void Abandon() {
+    StopWorker(true);
+    m_sink.Abandon();
+  }
 
  private:
-  bool WriteFailed(const std::string& output, std::string* error) {
-    *error = "error writing '" + output + "'";
+  // A frame planned and waiting for its encoding.
+  struct Queued {
+    GifShapedFrame shaped;
+    std::string which;
+  };
+
+  // What a shaper's status means to the user; false unless it is kOk.
+  static bool Shaped(GifStatus status, const std::string& which, std::string* error);
+  // Encodes and writes a planned frame, on whichever thread writes frames.
+  bool WriteFrame(GifShapedFrame& shaped, const std::string& which, std::string* error);
+  void Work();
+  bool Drain(std::string* error);
+  void StopWorker(bool skip_queued);
+
+  bool WriteFailed(std::string* error) {
+    *error = "error writing '" + m_output + "'";
     if (!m_sink.error().empty()) *error += ": " + m_sink.error();
-    Abandon();
+    m_sink.Abandon();
     return false;
   }
 
   int m_width, m_height, m_bits;
   uint8_t m_global[kPaletteBytes];
+  std::string m_output;
   SafeFile m_sink;
   GifWriter m_writer{m_sink};
   GifFrameShaper m_shaper;
+
+  // With a background writer, encoding a frame (the bulk of the work of a
+  // command-line GIF) overlaps the build and planning of the next ones. A few
+  // planned frames may wait, so memory stays bounded; they are planned into
+  // their slots on the build's thread, which makes and frees every block of
+  // theirs and so keeps its allocation accounting whole. The writer owns the
+  // shaper's encoding side, m_writer and m_sink until the queue is drained.
+  bool m_background;
+  GifShapedFrame m_inline;  // the one frame in hand without a writer
+  std::thread m_worker;
+  std::mutex m_mutex;
+  std::condition_variable m_changed;
+  std::array<Queued, 3> m_queue;
+  size_t m_queued = 0, m_next_in = 0, m_next_out = 0;  // guarded by m_mutex
+  bool m_stopping = false, m_skip = false;             // guarded by m_mutex
+  std::string m_failure;                               // the first failure, guarded by m_mutex
 };
 
-bool GifFileHost::File::AddFrame(const ImageRecord& record, const std::string& output,
-                                 std::string* error) {
-  const std::string which = "frame " + std::to_string(record.frame_number);
+bool GifFileHost::File::AddFrame(const ImageRecord& record, std::string* error) {
+  std::string which = "frame " + std::to_string(record.frame_number);
   const ImageBlock* image = LentImage(record.image);
   if (!image || !*image || image->width() > m_width || image->height() > m_height) {
     *error = which + " does not fit the file's screen";
@@ -102,24 +152,102 @@ bool GifFileHost::File::AddFrame(const ImageRecord& record, const std::string& o
   input.transparent = record.transparent_index;
   input.clear_behind = record.transparent == 1;
   input.delay = static_cast<uint16_t>(Clamp16(record.delay));
-  GifShapedFrame shaped;
-  GifStatus status = m_shaper.Shape(input, &shaped);
-  if (status == GifStatus::kNoMemory) {
-    *error = std::string(StringText(kStrMemoryError));
-    return false;
+  if (!m_background)
+    return Shaped(m_shaper.Plan(input, &m_inline), which, error) && WriteFrame(m_inline, which, error);
+
+  {
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [&] { return m_queued < m_queue.size() || !m_failure.empty(); });
+    if (!m_failure.empty()) {
+      *error = m_failure;
+      return false;
+    }
   }
-  if (status != GifStatus::kOk) {
-    *error = which + ": " + GifStatusText(status);
-    return false;
+  // The slot is free: the writer is done with it until it is queued again.
+  Queued& slot = m_queue[m_next_in];
+  if (!Shaped(m_shaper.Plan(input, &slot.shaped), which, error)) return false;
+  slot.which = std::move(which);
+  {
+    std::lock_guard lock(m_mutex);
+    m_next_in = (m_next_in + 1) % m_queue.size();
+    ++m_queued;
   }
-  if (WriteShapedFrame(m_writer, shaped) != GifStatus::kOk) return WriteFailed(output, error);
+  m_changed.notify_all();
   return true;
+}
+
+bool GifFileHost::File::Shaped(GifStatus status, const std::string& which, std::string* error) {
+  if (status == GifStatus::kOk) return true;
+  *error = status == GifStatus::kNoMemory ? std::string(StringText(kStrMemoryError))
+                                          : which + ": " + GifStatusText(status);
+  return false;
+}
+
+bool GifFileHost::File::WriteFrame(GifShapedFrame& shaped, const std::string& which, std::string* error) {
+  if (!Shaped(m_shaper.Encode(&shaped), which, error)) return false;
+  if (WriteShapedFrame(m_writer, shaped) != GifStatus::kOk) return WriteFailed(error);
+  return true;
+}
+
+void GifFileHost::File::Work() {
+  for (;;) {
+    Queued* job = nullptr;
+    bool skip = false;
+    {
+      std::unique_lock lock(m_mutex);
+      m_changed.wait(lock, [&] { return m_queued > 0 || m_stopping; });
+      if (m_queued == 0) return;
+      job = &m_queue[m_next_out];
+      skip = m_skip || !m_failure.empty();
+    }
+    std::string error;
+    bool ok = true;
+    if (!skip) {
+      try {
+        ok = WriteFrame(job->shaped, job->which, &error);
+      } catch (const std::bad_alloc&) {
+        ok = false;
+        error = std::string(StringText(kStrMemoryError));
+      } catch (...) {
+        ok = false;
+        error = "unexpected failure in the file host";
+      }
+    }
+    {
+      std::lock_guard lock(m_mutex);
+      if (!ok && m_failure.empty()) m_failure = error.empty() ? "error writing '" + m_output + "'" : error;
+      m_next_out = (m_next_out + 1) % m_queue.size();
+      --m_queued;
+    }
+    m_changed.notify_all();
+  }
+}
+
+// Waits until every queued frame is written; false with the first failure.
+bool GifFileHost::File::Drain(std::string* error) {
+  if (!m_background) return true;
+  std::unique_lock lock(m_mutex);
+  m_changed.wait(lock, [&] { return m_queued == 0; });
+  if (m_failure.empty()) return true;
+  *error = m_failure;
+  return false;
+}
+
+void GifFileHost::File::StopWorker(bool skip_queued) {
+  if (!m_worker.joinable()) return;
+  {
+    std::lock_guard lock(m_mutex);
+    m_stopping = true;
+    m_skip = m_skip || skip_queued;
+  }
+  m_changed.notify_all();
+  m_worker.join();
 }
 
 // ---------------------------------------------------------------- service commands
 
-GifFileHost::GifFileHost(std::string output_path, ProgressBar* progress)
-    : m_path(std::move(output_path)), m_progress(progress) {}
+GifFileHost::GifFileHost(std::string output_path, ProgressBar* progress, FrameWriting writing)
+    : m_path(std::move(output_path)), m_progress(progress), m_writing(writing) {}
 
 GifFileHost::~GifFileHost() = default;
 
@@ -159,7 +287,7 @@ int32_t GifFileHost::CreateTask(const void* data) {
   if (!data) return Refuse("a file object was asked for without a task record");
   TaskRecord task;
   std::memcpy(&task, data, sizeof task);
-  auto file = std::make_unique<File>(task);
+  auto file = std::make_unique<File>(task, m_writing == FrameWriting::kBackground);
   if (!file->Open(m_path, &m_error)) return 0;
   m_file = std::move(file);
   m_object = reinterpret_cast<HostHandle>(data);
@@ -173,14 +301,14 @@ int32_t GifFileHost::AddImage(HostHandle object, const void* data) {
   if (!m_file || object != m_object || !data) return Refuse("an image was added to no open file");
   ImageRecord record;
   std::memcpy(&record, data, sizeof record);
-  if (!m_file->AddFrame(record, m_path, &m_error)) return 0;
+  if (!m_file->AddFrame(record, &m_error)) return 0;
   ++m_frames_written;
   return 1;
 }
 
 int32_t GifFileHost::AddComment(HostHandle object, const void* data) {
   if (!m_file || object != m_object) return Refuse("a comment was added to no open file");
-  return m_file->AddComment(static_cast<const char*>(data), m_path, &m_error) ? 1 : 0;
+  return m_file->AddComment(static_cast<const char*>(data), &m_error) ? 1 : 0;
 }
 
 int32_t GifFileHost::CloseTask(HostHandle object, intptr_t param) {
@@ -191,7 +319,7 @@ int32_t GifFileHost::CloseTask(HostHandle object, intptr_t param) {
     file->Abandon();
     return 1;
   }
-  m_finished = file->Finish(m_path, &m_error);
+  m_finished = file->Finish(&m_error);
   return m_finished ? 1 : 0;
 }
 

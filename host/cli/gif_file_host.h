@@ -20,10 +20,16 @@
 
 namespace tess::cli {
 
+// kBackground shapes and writes each frame on a thread of its own while the
+// build goes on with the next (at most two frames wait); a frame's failure is
+// then reported by the next call. kInline writes each frame before AddImage
+// returns, so every allocation is the calling thread's.
+enum class FrameWriting { kInline, kBackground };
+
 class GifFileHost final : public HostService {
  public:
   // `progress` may be null (no status display); it must outlive the host.
-  GifFileHost(std::string output_path, ProgressBar* progress);
+  GifFileHost(std::string output_path, ProgressBar* progress, FrameWriting writing = FrameWriting::kInline);
   ~GifFileHost() override;
   GifFileHost(const GifFileHost&) = delete;
   GifFileHost& operator=(const GifFileHost&) = delete;
@@ -48,6 +54,7 @@ class GifFileHost final : public HostService {
 
   std::string m_path;
   ProgressBar* m_progress;
+  FrameWriting m_writing;
   std::unique_ptr<File> m_file;  // the open task, if any
   HostHandle m_object = 0;       // the task record's address while it is open
   bool m_finished = false;

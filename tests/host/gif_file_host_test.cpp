@@ -220,6 +220,38 @@ TEST(GifFileHost, AFullDiskAtAnyByteKeepsThePreviousFile) {
   EXPECT_GT(testing::SweepWriteFailures({path}, [&] { testing::WriteBytes(path, {'o', 'l', 'd'}); }, write), 40u);
 }
 
+// Frames encoded on the writer thread make the same file as frames encoded
+// in turn; its failures still reach the caller, and abandoning drops what
+// waits in its queue.
+TEST(GifFileHost, TheBackgroundWriterMakesTheSameFileAndReportsItsFailures) {
+  TempFolder dir;
+  const auto write = [&](const std::string& path, FrameWriting writing, intptr_t close) {
+    GifFileHost host(path, nullptr, writing);
+    Session s(host, Task(9, 7, 2));
+    bool ok = s.Create() == 1;
+    for (int i = 0; ok && i < 12; ++i) {
+      ImageBlock frame = Frame(9, 7, i % 4);
+      for (int y = 0; y < 7; ++y)
+        for (int x = 0; x < 9; ++x)
+          if ((x * y + i) % 5 == 0) ImageSetPixel(frame, x, y, static_cast<Colour>((x + i) % 4));
+      ok = s.Add(frame, 3 + i, i > 0 ? 3 : -1, i) == 1;
+    }
+    ok = ok && s.Comment("both ways") == 1 && s.Close(close) == 1;
+    return std::pair{ok, host.error()};
+  };
+  ASSERT_TRUE(write(dir / "inline.gif", FrameWriting::kInline, kHostTaskFinished).first);
+  ASSERT_TRUE(write(dir / "background.gif", FrameWriting::kBackground, kHostTaskFinished).first);
+  EXPECT_EQ(ReadBytes(dir / "background.gif"), ReadBytes(dir / "inline.gif"));
+  Decode(dir / "background.gif");
+
+  write(dir / "dropped.gif", FrameWriting::kBackground, kHostTaskAbandoned);
+  EXPECT_EQ(dir.Files(), (std::vector<std::string>{"background.gif", "inline.gif"}));
+
+  const auto [ok, error] = write("/dev/full", FrameWriting::kBackground, kHostTaskFinished);
+  EXPECT_FALSE(ok);
+  EXPECT_EQ(error, "error writing '/dev/full': No space left on device");
+}
+
 TEST(GifFileHost, RefusalsExplainThemselves) {
   TempFolder dir;
   GifFileHost nowhere(dir / "missing/out.gif", nullptr);

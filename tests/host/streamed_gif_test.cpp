@@ -1,5 +1,6 @@
-// The command line streams its builds; the GIF it writes must be the one the
-// whole-list build writes, byte for byte, in every output mode. Both run the
+// The command line streams its builds, given frames too, and writes frames
+// in the background; the GIF it writes must be the one the whole-list build
+// writes in turn, byte for byte, in every output mode. Both run the
 // driver's small test styles through this host's GifFileHost.
 #include <gtest/gtest.h>
 
@@ -9,6 +10,7 @@
 #include "driver/build_driver.h"
 #include "host/cli/gif_file_host.h"
 #include "shell/main_dialog_ids.h"
+#include "styles/style.h"
 #include "tests/driver/build_test_style.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/temp_folder.h"
@@ -21,16 +23,25 @@ using namespace tess::testing;
 
 class StreamedGif : public ::testing::Test {
  protected:
-  // The GIF of one build, streamed or not, from a fresh generator.
-  std::vector<uint8_t> Build(bool stream) {
+  // The GIF of one build from a fresh generator: whole and written in turn,
+  // or streamed and written by the background writer, as the command line
+  // does. `given` hands the driver the style's frames, as encode does.
+  std::vector<uint8_t> Build(bool stream, bool given = false) {
     const std::string path = dir / (stream ? "streamed.gif" : "whole.gif");
-    GifFileHost host(path, nullptr);
+    GifFileHost host(path, nullptr, stream ? FrameWriting::kBackground : FrameWriting::kInline);
     Random random;
     BuildOptions options;
     options.host_capabilities = kHostCapOptimise;
     options.stream_frames = stream;
     BuildContext context{dialog, styles, random, host, 0, reporter, platform, nullptr, options};
-    EXPECT_TRUE(RunBuild(context, BuildMode::kOk));
+    if (given) {
+      FrameList frames;
+      const StyleEntry& style = styles[static_cast<size_t>(dialog.values[kEffectList])];
+      EXPECT_TRUE(StyleBuild(style, dialog, random, 5, frames, [](int, int) {}));
+      EXPECT_TRUE(RunOutputBuild(context, BuildMode::kOk, std::move(frames)));
+    } else {
+      EXPECT_TRUE(RunBuild(context, BuildMode::kOk));
+    }
     EXPECT_TRUE(host.finished()) << host.error();
     return ReadBytes(path);
   }
@@ -67,6 +78,9 @@ TEST_F(StreamedGif, SameBytesAsTheWholeBuildInEveryMode) {
     const std::vector<uint8_t> whole = Build(false);
     ASSERT_GT(whole.size(), 13u);
     EXPECT_EQ(Build(true), whole);
+    const std::vector<uint8_t> given = Build(false, true);
+    ASSERT_GT(given.size(), 13u);
+    EXPECT_EQ(Build(true, true), given);
   }
   EXPECT_TRUE(reporter.messages.empty());
 }

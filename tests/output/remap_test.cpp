@@ -9,6 +9,7 @@
 #include "image/image.h"
 #include "output/palette.h"
 #include "output/remap.h"
+#include "output/supercompress.h"
 #include "tests/output/palette_reference.h"
 #include "tests/support/test_support.h"
 
@@ -44,6 +45,17 @@ std::vector<ImageBlock> OddSources() {
   return out;
 }
 
+// A supercompression mask with whole set bytes, whole clear bytes and mixed
+// ones.
+ImageBlock Mask(int width, int height) {
+  static constexpr uint8_t kBlackWhite[6] = {0, 0, 0, 255, 255, 255};
+  ImageBlock mask = ImageCreate(width, height, kBlackWhite, 1);
+  for (int y = 0; y < height; ++y)
+    for (int x = 0; x < width; ++x)
+      if (y % 3 == 0 || (x * 7 + y * 3) % 5 < 2) ImageSetPixel(mask, x, y, 1);
+  return mask;
+}
+
 struct Target {
   int choice;
   int bits;
@@ -76,6 +88,14 @@ TEST(RemapAndDither, MatchTheReferencesForEveryDepthAndMode) {
         ImageBlock want = testing::ReferenceRemap(sources[s], pal, t.bits, count, options);
         EXPECT_TRUE(SameBlock(remapper.Remap(sources[s]), want));
         EXPECT_TRUE(SameBlock(RemapImage(sources[s], pal, t.bits, count, options), want));
+        // Masked pixels skip the search: the same as masking afterwards, for
+        // whole mask bytes, single bits and a mask of another size.
+        for (int grow : {0, 1, -1}) {
+          ImageBlock mask = Mask(sources[s].width() + grow, sources[s].height() + grow);
+          ImageBlock masked = remapper.Remap(sources[s]);
+          ApplySupercompressMask(masked, mask, 250);
+          EXPECT_TRUE(SameBlock(remapper.Remap(sources[s], mask, 250), masked));
+        }
         want = testing::ReferenceDither(sources[s], pal, t.bits, count, options);
         EXPECT_TRUE(SameBlock(remapper.Dither(sources[s]), want));
       }
