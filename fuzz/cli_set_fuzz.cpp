@@ -43,9 +43,9 @@ std::vector<Listed> Listing(const tess::Settings& settings, const tess::PageReco
 }
 
 // Sets every item of `listed` back through --set on a copy of the settings
-// and checks that the listing is unchanged.
+// and checks that the listing, `full`, is unchanged.
 void CheckSetBack(const tess::Settings& settings, const tess::PageRecords& records,
-                  const std::vector<Listed>& listed) {
+                  const std::vector<Listed>& listed, const std::vector<Listed>& full) {
   tess::Settings again = settings;
   tess::PageRecords again_records = records;
   for (const Listed& item : listed) {
@@ -55,7 +55,6 @@ void CheckSetBack(const tess::Settings& settings, const tess::PageRecords& recor
       FUZZ_CHECK(false);
     }
   }
-  const std::vector<Listed> full = Listing(settings, records);
   const std::vector<Listed> relisted = Listing(again, again_records);
   FUZZ_CHECK(relisted.size() == full.size());
   for (size_t i = 0; i < full.size(); ++i) FUZZ_CHECK(relisted[i].text == full[i].text);
@@ -70,7 +69,7 @@ const std::vector<Listed>& DefaultListing(int32_t main_effect) {
   settings.SetNumber(tess::Key::MainEffect, main_effect);
   const tess::PageRecords records;
   std::vector<Listed> listed = Listing(settings, records);
-  CheckSetBack(settings, records, listed);
+  CheckSetBack(settings, records, listed, listed);
   return listings.emplace(main_effect, std::move(listed)).first->second;
 }
 
@@ -98,6 +97,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::vector<Listed> changed;
   for (size_t i = 0; i < listed.size(); ++i)
     if (listed[i].text != defaults[i].text) changed.push_back(listed[i]);
-  CheckSetBack(settings, records, changed);
+  CheckSetBack(settings, records, changed, listed);
   return 0;
 }
