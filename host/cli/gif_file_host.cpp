@@ -126,9 +126,10 @@ class GifFileHost::File {
   // With a background writer, encoding a frame (the bulk of the work of a
   // command-line GIF) overlaps the build and planning of the next ones. A few
   // planned frames may wait, so memory stays bounded; they are planned into
-  // their slots on the build's thread, which makes and frees every block of
-  // theirs and so keeps its allocation accounting whole. The writer owns the
-  // shaper's encoding side, m_writer and m_sink until the queue is drained.
+  // their slots on the build's thread, which makes and frees their pixel
+  // buffers and so keeps its allocation accounting whole (the writer's
+  // encoded bytes are its own). The writer owns the shaper's encoding side,
+  // m_writer and m_sink until the queue is drained.
   bool m_background;
   GifShapedFrame m_inline;  // the one frame in hand without a writer
   std::thread m_worker;
