@@ -68,10 +68,17 @@ int FindReadableKey(std::string_view key) {
   std::span<const ConfigKey> keys = ConfigKeys();
   const auto begin = by_name.index.begin();
   const auto end = begin + static_cast<std::ptrdiff_t>(by_name.count);
+  const auto begins = [&](uint16_t i) { return keys[i].name.substr(0, key.size()) == key; };
   const auto first = std::partition_point(begin, end, [&](uint16_t i) { return keys[i].name < key; });
-  const auto last = std::partition_point(
-      first, end, [&](uint16_t i) { return keys[i].name.substr(0, key.size()) == key; });
-  if (first == last) return -1;
+  if (first == end || !begins(*first)) return -1;  // most lines of a damaged file
+  // The run's end, galloping: a whole name's run is one or two names long.
+  auto known = first + 1;  // every name before it begins with the key
+  auto past = known;
+  for (std::ptrdiff_t step = 1; past != end && begins(*past); step *= 2) {
+    known = past + 1;
+    past = end - known > step ? known + step : end;
+  }
+  const auto last = std::partition_point(known, past, begins);
   const size_t from = static_cast<size_t>(first - begin);
   const size_t length = static_cast<size_t>(last - first);
   const size_t k = static_cast<size_t>(std::bit_width(length)) - 1;

@@ -102,6 +102,27 @@ TEST_F(ConfigFile, FilesOfLinesYieldTheirSettings) {
   EXPECT_EQ(s, Settings());
 }
 
+// The reader finds a line's key by binary search: every prefix of every key
+// (and one past each) picks what a scan of the table in order picks, the
+// first readable key the text begins.
+TEST(ConfigKeyLookup, EveryPrefixFindsTheFirstKeyInTheTable) {
+  const std::span<const ConfigKey> keys = ConfigKeys();
+  for (const ConfigKey& k : keys) {
+    for (size_t n = 0; n <= k.name.size(); ++n) {
+      for (const std::string& key : {std::string(k.name.substr(0, n)), std::string(k.name.substr(0, n)) + "~"}) {
+        int first = -1;
+        for (size_t i = 0; i < keys.size() && first < 0; ++i)
+          if (!keys[i].IsWrittenOnly() && keys[i].name.starts_with(key)) first = static_cast<int>(i);
+        Settings want, got;
+        if (first >= 0 && keys[static_cast<size_t>(first)].IsText()) want.SetTextAt(first, "7");
+        else if (first >= 0) want.SetNumberAt(first, 7);
+        ReadSettingsText(key + " = 7\n", got);
+        ASSERT_EQ(got, want) << "key '" << key << "'";
+      }
+    }
+  }
+}
+
 TEST_F(ConfigFile, HeaderAndLinesExactly) {
   ASSERT_TRUE(WriteSettings(m_path, Settings(), m_platform));
   std::string text = ReadFile();
