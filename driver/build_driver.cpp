@@ -150,6 +150,8 @@ class Build {
   std::unique_ptr<StyleRecord> StartRecord(int* count);
   bool QuantizeFirstPass();
   bool StreamFrames(StyleRecord& record, int count, Remapper& remapper);
+  bool StreamFrame(FrameRecord& frame, int k, ImageBlock& previous, Remapper& remapper);
+  bool DeliverOrAbandon(const FrameRecord& frame, int k);
 
   // What both do to the palette and to each frame.
   int PaletteEntries() const { return (m_s.supercompress || m_s.mask_background) ? 255 : 256; }
@@ -430,21 +432,12 @@ bool Build::RunGivenStreamed() {
   for (int i = 0; i < count; ++i) {
     Progress(i, count);
     FrameRecord& frame = m_frames[i];
-    bool made = false;
-    try {
-      made = (!m_s.supercompress || MaskFrame(frame, i, previous)) && FinishFrame(frame, i, remapper);
-    } catch (const std::bad_alloc&) {
-      made = false;
-    }
-    if (!made) {
+    if (!StreamFrame(frame, i, previous, remapper)) {
       Fail(kStrMemoryError);
       AbandonOutput();
       return false;
     }
-    if (!DeliverFrame(frame, i)) {
-      AbandonOutput();
-      return false;
-    }
+    if (!DeliverOrAbandon(frame, i)) return false;
     frame.image = ImageBlock();
     frame.mask = ImageBlock();
   }
@@ -490,15 +483,13 @@ bool Build::StreamFrames(StyleRecord& record, int count, Remapper& remapper) {
     Progress(k, count);
     FrameRecord frame;
     frame.delay = m_s.delay;
-    bool made = false;
     try {
       // The host's file object may be open: an exception must not pass it.
       frame.image = record.RenderFrame(k);
-      made = frame.image && (!m_s.supercompress || MaskFrame(frame, k, previous)) &&
-             FinishFrame(frame, k, remapper);
     } catch (const std::bad_alloc&) {
-      made = false;
+      frame.image = ImageBlock();
     }
+    bool made = frame.image && StreamFrame(frame, k, previous, remapper);
     // A style's frames are all one size; the file object was made for the
     // first frame's, and a larger one could not be shown.
     if (made && k == 0) {
@@ -512,13 +503,26 @@ bool Build::StreamFrames(StyleRecord& record, int count, Remapper& remapper) {
       if (k > 0) AbandonOutput();
       return false;
     }
-    if (!DeliverFrame(frame, k)) {
-      AbandonOutput();
-      return false;
-    }
+    if (!DeliverOrAbandon(frame, k)) return false;
   }
   Progress(0, 0);
   return CloseOutput();
+}
+
+// The per-frame steps of a streamed build: mask against the running previous
+// frame, then remap. False when memory is short, exception or not.
+bool Build::StreamFrame(FrameRecord& frame, int k, ImageBlock& previous, Remapper& remapper) {
+  try {
+    return (!m_s.supercompress || MaskFrame(frame, k, previous)) && FinishFrame(frame, k, remapper);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+bool Build::DeliverOrAbandon(const FrameRecord& frame, int k) {
+  if (DeliverFrame(frame, k)) return true;
+  AbandonOutput();
+  return false;
 }
 
 // ---------------------------------------------------------------- delivery
