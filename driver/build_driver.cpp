@@ -154,7 +154,7 @@ class Build {
   bool DeliverOrAbandon(const FrameRecord& frame, int k);
 
   // What both do to the palette and to each frame.
-  int PaletteEntries() const { return (m_s.supercompress || m_s.mask_background) ? 255 : 256; }
+  int PaletteEntries() const;
   void PlaceBackground(int n);
   bool MaskFrame(FrameRecord& frame, int i, ImageBlock& previous);
   bool InitRemapper(Remapper& remapper);
@@ -251,6 +251,17 @@ bool Build::Quantize() {
   if (!AdaptivePalette(&n, m_palette, m_frames)) return Fail(kStrMemoryError);
   PlaceBackground(n);
   return true;
+}
+
+// The count the adaptive quantizer is asked for: the dialog's, or under a
+// palette limit what is left of it once PlaceBackground has added the exact
+// background (always, below 254 colours) and the reserved index.
+int Build::PaletteEntries() const {
+  const int reserved = (m_s.supercompress || m_s.mask_background) ? 1 : 0;
+  const int limit = m_c.options.palette_limit;
+  if (limit >= 256) return 256 - reserved;
+  const int background = !m_s.mask_background && !m_given_frames ? 1 : 0;
+  return std::max(1, limit - reserved - background);
 }
 
 // The adaptive palette's `n` colours made ready for remapping: the exact

@@ -49,6 +49,11 @@ struct BuildOptions {
   std::string preview_folder;
   // Deliver each frame as it is made instead of after all are ready.
   bool stream_frames = false;
+  // The adaptive palette's entries in all, the exact background's and the
+  // transparent index's included (2..256). Below 256 the quantizer is asked
+  // for that many fewer colours, trading fidelity for smaller files; at 256
+  // it gets the dialog's count.
+  int palette_limit = 256;
 };
 
 // What the build asks of the front end while it runs. The defaults do

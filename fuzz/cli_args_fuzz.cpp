@@ -1,7 +1,8 @@
 // The command line's grammar and the build options it carries: any argument
 // list is refused with a one-line reason or parses, a parsed one's options
 // apply to fresh settings or are refused with a reason, and a memory size
-// read back from its number of bytes is the same size.
+// read back from its number of bytes is the same size. An accepted colour
+// count is one a palette can have.
 #include <string>
 
 #include "fills/fill_store.h"
@@ -41,5 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   tess::cli::Failure failure;
   if (!tess::cli::ApplyBuildOptions(parsed, settings, tess::StyleTable(), &session, &failure, &records))
     FUZZ_CHECK(!failure.message.empty() && failure.exit_code != tess::cli::kExitOk);
+  else
+    FUZZ_CHECK(session.palette_limit >= 2 && session.palette_limit <= 256);
   return 0;
 }

@@ -48,6 +48,10 @@ constexpr OptionInfo kOptions[] = {
      "fixed output palette (below), or 'adaptive' for --custom-palette"},
     {Opt::kCustomPalette, "custom-palette", 0, Arg::kSwitch, "",
      "build an adaptive palette from the frames themselves"},
+    {Opt::kColours, "colors", 0, Arg::kValue, "N",
+     "with an adaptive palette, at most N colours in all (2-256, default 256), the exact "
+     "background and the transparent index included: fewer colours make smaller files",
+     "colours"},
     {Opt::kDither, "dither", 0, Arg::kSwitch, "", "remap with error diffusion"},
     {Opt::kSupercompress, "supercompress", 0, Arg::kSwitch, "",
      "make pixels unchanged from the previous frame transparent and crop each frame to what "
@@ -93,7 +97,7 @@ const std::vector<Opt> kBuildOptions = {
     Opt::kCustomPalette, Opt::kDither,     Opt::kSupercompress,  Opt::kTrueColour,
     Opt::kMaskBackground, Opt::kComment,   Opt::kConfig,         Opt::kNoConfig,
     Opt::kSave,          Opt::kDoc,        Opt::kQuiet,          Opt::kMaxMemory,
-    Opt::kHelp};
+    Opt::kColours,       Opt::kHelp};
 
 std::vector<Opt> With(std::vector<Opt> base, std::initializer_list<Opt> extra) {
   base.insert(base.begin(), extra);
@@ -131,7 +135,7 @@ const std::vector<CommandInfo>& Commands() {
        "optionally dithered and supercompressed, and are written as an animated GIF.",
        {Opt::kOutput, Opt::kSet, Opt::kDelay, Opt::kPalette, Opt::kCustomPalette, Opt::kDither,
         Opt::kSupercompress, Opt::kTrueColour, Opt::kComment, Opt::kConfig, Opt::kNoConfig,
-        Opt::kSave, Opt::kQuiet, Opt::kMaxMemory, Opt::kHelp},
+        Opt::kSave, Opt::kQuiet, Opt::kMaxMemory, Opt::kColours, Opt::kHelp},
        1, -1},
       {Command::kSwatch, "swatch", "swatch FILL [--size WxH] -o FILE",
        "paint one fill into an image",
@@ -190,6 +194,7 @@ void Apply(Opt id, bool on, const std::string& value, CliArgs* out) {
     case Opt::kDoc: out->doc = value; break;
     case Opt::kSize: out->size = value; break;
     case Opt::kMaxMemory: out->max_memory = value; break;
+    case Opt::kColours: out->colours = value; break;
   }
 }
 

@@ -41,6 +41,7 @@ enum class Opt {
   kDoc,
   kSize,
   kMaxMemory,
+  kColours,
 };
 
 // Everything a command line said, as written. Switches that come in --x and
@@ -70,6 +71,7 @@ struct CliArgs {
   std::optional<std::string> doc;
   std::optional<std::string> size;
   std::optional<std::string> max_memory;
+  std::optional<std::string> colours;
   std::vector<std::string> operands;
 };
 

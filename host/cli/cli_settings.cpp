@@ -287,6 +287,20 @@ bool ApplyBuildOptions(const CliArgs& args, Settings& settings, std::span<const 
     if (!adaptive) settings.SetNumber(Key::MainPalette, choice);
   }
   session->custom_palette = adaptive;
+  if (args.colours) {
+    auto limit = ParseNumberIn(*args.colours, 2, 256);
+    if (!limit) {
+      *failure = Usage("bad colour count '" + *args.colours + "': expected " + NumberRangeWords(2, 256));
+      return false;
+    }
+    // A fixed palette has its own count; saying nothing would let the user
+    // think the file obeyed.
+    if (!adaptive) {
+      *failure = Usage("--colors needs an adaptive palette (--custom-palette)");
+      return false;
+    }
+    session->palette_limit = *limit;
+  }
   auto put = [&settings](Key key, std::optional<bool> value) {
     if (value) settings.SetNumber(key, *value ? 1 : 0);
   };

@@ -27,6 +27,7 @@ struct Failure {
 // Choices of one run that the configuration file does not hold.
 struct SessionChoices {
   bool custom_palette = false;
+  int palette_limit = 256;  // --colours
   // Frames from elsewhere have no effect, hence no background to mask.
   bool no_background = false;
 };
@@ -98,6 +99,8 @@ class CliDialogReader final : public ParamReader {
   CliDialogReader(const Settings& settings, const StyleEntry* style, const SessionChoices& session,
                   const PageRecords* records = nullptr)
       : m_settings(settings), m_style(style), m_session(session), m_records(records) {}
+
+  const SessionChoices& session() const { return m_session; }
 
   int32_t Spin(int id) const override;
   bool Checked(int id) const override;

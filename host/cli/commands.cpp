@@ -103,8 +103,9 @@ bool PrepareSettings(const CliArgs& args, CliEnvironment& env, const ConfigPlan&
   return ApplyBuildOptions(args, settings, env.styles, session, failure, &records);
 }
 
-BuildOptions OptionsFrom(const Settings& settings) {
+BuildOptions OptionsFrom(const Settings& settings, const SessionChoices& session) {
   BuildOptions options;
+  options.palette_limit = session.palette_limit;
   options.fast_remap = settings.Number(Key::FastRemap) != 0;
   options.dither_brightness = settings.Number(Key::DitherBrightness);
   options.dither_contrast = settings.Number(Key::DitherContrast);
@@ -284,7 +285,7 @@ int RunPreview(const CliArgs& args, CliEnvironment& env, const CliDialogReader& 
   GifFileHost status_only("", &bar);
   Random random;
   BuildContext context{dialog, env.styles, random, status_only, 0, reporter, platform, nullptr,
-                       OptionsFrom(settings)};
+                       OptionsFrom(settings, dialog.session())};
   context.options.preview_folder = folder;
   bool built = RunBuild(context, BuildMode::kPreview);
   bar.Clear();
@@ -355,7 +356,7 @@ int RunBuildCommand(const CliArgs& args, CliEnvironment& env) {
       GifFileHost host(path, &bar, ceiling.Writing());
       Random random;
       BuildContext context{dialog, env.styles, random, host, 0, reporter, env.platform, nullptr,
-                           OptionsFrom(*settings)};
+                           OptionsFrom(*settings, dialog.session())};
       bool built = RunBuild(context, mode);
       bar.Clear();
       code = Finish(built, host, env);
@@ -501,7 +502,7 @@ int RunEncode(const CliArgs& args, CliEnvironment& env) {
   GifFileHost host(*args.output, &bar, ceiling.Writing());
   Random random;
   BuildContext context{dialog, env.styles, random, host, 0, reporter, env.platform, nullptr,
-                       OptionsFrom(*settings)};
+                       OptionsFrom(*settings, dialog.session())};
   bool built = RunOutputBuild(context, BuildMode::kOk, std::move(frames));
   bar.Clear();
   int code = Finish(built, host, env);

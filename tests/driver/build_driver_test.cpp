@@ -391,20 +391,24 @@ TEST_F(PalettisedBuildTest, SupercompressOnlyWhereItHasAnIndex) {
 }
 
 // Without mask background the background colour must come out exactly: it is
-// appended when there is room, else it replaces the nearest entry.
+// appended when there is room, else it replaces the nearest entry. A palette
+// limit leaves room for it and for the supercompress entry.
 TEST_F(PalettisedBuildTest, BackgroundIsMadeExactInTheAdaptivePalette) {
   struct Case {
-    int rich, supercompress;
+    int rich, supercompress, limit;
   };
-  for (Case c : {Case{0, 0}, Case{1, 0}, Case{1, 1}}) {
-    SCOPED_TRACE(::testing::Message() << "rich " << c.rich << " supercompress " << c.supercompress);
+  for (Case c : {Case{0, 0, 256}, Case{1, 0, 256}, Case{1, 1, 256}, Case{1, 1, 40}, Case{1, 0, 40},
+                 Case{0, 1, 3}}) {
+    SCOPED_TRACE(::testing::Message() << "rich " << c.rich << " supercompress " << c.supercompress
+                                      << " limit " << c.limit);
     Set(kTestRich, c.rich);
     Set(kTestWidth, c.rich ? 24 : 13);
     Set(kTestHeight, c.rich ? 16 : 7);
     Set(kSupercompress, c.supercompress);
+    options.palette_limit = c.limit;
     int n = 0;
-    std::vector<uint8_t> want = Adaptive(256 - c.supercompress, &n);
-    ASSERT_EQ(n < 254, !c.rich);
+    std::vector<uint8_t> want = Adaptive(c.limit < 256 ? c.limit - 1 - c.supercompress : 256 - c.supercompress, &n);
+    ASSERT_EQ(n < 254, !c.rich || c.limit < 256);
     if (n < 254) {
       PutRgb(want, n++, kBg);
     } else {
@@ -415,6 +419,7 @@ TEST_F(PalettisedBuildTest, BackgroundIsMadeExactInTheAdaptivePalette) {
     ASSERT_TRUE(Run());
     EXPECT_EQ(TaskPalette(), want);
     EXPECT_EQ(TaskBits(), BitsForColours(n + c.supercompress));
+    EXPECT_LE(n + c.supercompress, c.limit);
   }
 }
 
@@ -492,6 +497,11 @@ TEST_F(PalettisedBuildTest, GivenFramesSkipTheStyleAndTheBackground) {
       EXPECT_EQ(TransparentIndex(i), supercompress && i > 0 ? 2 : -1);
     }
   }
+  // Under a limit the transparent index is the only entry on top.
+  Set(kSupercompress, 1);
+  options.palette_limit = 2;
+  ASSERT_TRUE(RunFrames(TwoColourFrames(3, 7)));
+  EXPECT_EQ(TaskBits(), 1);  // one colour for red and white, and the transparent index
   EXPECT_FALSE(RunFrames(FrameList()));
   EXPECT_EQ(reporter.messages, Messages{"Memory error"});
   EXPECT_TRUE(host.TaskCommands().empty());

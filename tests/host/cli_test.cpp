@@ -362,6 +362,12 @@ TEST_F(CliTest, EncodeTurnsPpmFramesFromFilesOrStandardInputIntoAGif) {
   ASSERT_EQ(gif.frames.size(), 3u);
   for (const auto& f : gif.frames) EXPECT_EQ(f.control->delay, 3);
   EXPECT_EQ(gif.frames[2].width, 12);  // only the red channel changes, everywhere: every frame is whole
+  EXPECT_GT(gif.global_table.size(), 3u * 8);
+
+  r = Run({"encode", names[0], names[1], names[2], "--no-config", "--custom-palette", "--supercompress",
+           "--colours", "8", "-o", out});
+  ASSERT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(Decode(out).global_table.size(), 3u * 8);
 
   std::vector<uint8_t> stream = Ppm(12, 10, 1), second = Ppm(12, 10, 2);
   stream.insert(stream.end(), second.begin(), second.end());
@@ -617,6 +623,8 @@ TEST_F(CliTest, UsageErrorsExitWithTwoAndWriteNothing) {
       {{"render", "-e", "Tiles", "-s", "Smooth=maybe", "-o", out}, "expected on or off"},
       {{"render", "--delay", "0", "-o", out}, "bad delay '0'"},
       {{"render", "--palette", "9", "-o", out}, "unknown palette '9'"},
+      {{"render", "--custom-palette", "--colors", "1", "-o", out}, "bad colour count '1'"},
+      {{"render", "--colors", "16", "-o", out}, "--colors needs an adaptive palette"},
       {{"render", "-o", "-"}, "cannot write the GIF to standard output"},
       {{"encode", "--no-config", "x.ppm"}, "encode needs -o FILE"},
       {{"frobnicate"}, "unknown command 'frobnicate'"},
