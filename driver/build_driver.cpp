@@ -254,14 +254,15 @@ bool Build::Quantize() {
 }
 
 // The count the adaptive quantizer is asked for: the dialog's, or under a
-// palette limit what is left of it once PlaceBackground has added the exact
-// background (always, below 254 colours) and the reserved index.
+// palette limit what is left of it once the reserved index and the exact
+// background have theirs. PlaceBackground adds the background below 254
+// colours and overwrites an entry from 254 on, so near the top it needs none.
 int Build::PaletteEntries() const {
   const int reserved = (m_s.supercompress || m_s.mask_background) ? 1 : 0;
-  const int limit = m_c.options.palette_limit;
-  if (limit >= 256) return 256 - reserved;
-  const int background = !m_s.mask_background && !m_given_frames ? 1 : 0;
-  return std::max(1, limit - reserved - background);
+  const int limit = std::min(m_c.options.palette_limit, 256) - reserved;
+  const bool background = !m_s.mask_background && !m_given_frames;
+  if (!background || limit >= 255) return std::max(1, limit);
+  return std::max(1, limit - 1);
 }
 
 // The adaptive palette's `n` colours made ready for remapping: the exact
