@@ -27,7 +27,7 @@ struct Failure {
 // Choices of one run that the configuration file does not hold.
 struct SessionChoices {
   bool custom_palette = false;
-  int palette_limit = 256;  // --colours
+  int palette_limit = 256;  // --colors
   // Frames from elsewhere have no effect, hence no background to mask.
   bool no_background = false;
 };
