@@ -442,11 +442,18 @@ class KeyedTable {
     }
   }
 
-  void Add(uint32_t prefix, uint32_t index, uint32_t code) {
+  // Returns the slot, for Remove.
+  uint32_t Add(uint32_t prefix, uint32_t index, uint32_t code) {
     uint32_t s = Home(prefix, index);
     while (m_slots[s] != 0) s = (s + 1) & (kKeyedSlots - 1);
     m_slots[s] = (index << kMaxCodeBits | prefix) << kMaxCodeBits | code;
+    return s;
   }
+
+  // Takes back the entry the last Add stored. Only the last: an entry added
+  // after it may have probed past its slot, and emptying the slot would hide
+  // that entry.
+  void RemoveLast(uint32_t slot) { m_slots[slot] = 0; }
 
  private:
   // Each index's strings start at a scrambled place and the prefix, the
@@ -526,6 +533,78 @@ class PlainPacker {
   uint32_t m_pending = 0;
 };
 
+// The look-ahead parses weigh a cut only where the next string would be
+// this short: on the frames measured, longer next strings rarely lose to a
+// cut, and leaving them out keeps most of the look-ahead's lookups away.
+constexpr size_t kShortNext = 8;
+
+// The longest string the table holds from a pixel on: its length, its code,
+// and the code of the string one pixel shorter.
+struct LongestString {
+  size_t length;
+  uint32_t code;
+  uint32_t shorter;
+};
+
+class ChoosingMatcher {
+ public:
+  ChoosingMatcher(const KeyedTable& table, const uint8_t* first, const uint8_t* second, size_t count,
+                  uint8_t* chosen)
+      : m_table(table), m_first(first), m_second(second), m_count(count), m_chosen(chosen) {}
+
+  // The string starts with first[at]; after that, the index that extends it
+  // wins, first[] when both or neither do. The picks go to chosen[].
+  LongestString Longest(size_t at) const {
+    uint32_t code = m_first[at], shorter = code;
+    m_chosen[at] = static_cast<uint8_t>(code);
+    size_t i = at + 1;
+    for (; i < m_count; ++i) {
+      const int next = Extend(code, i);
+      if (next < 0) break;
+      shorter = code;
+      code = static_cast<uint32_t>(next);
+    }
+    return {i - at, code, shorter};
+  }
+
+  // Whether the string from pixel `at` on (its first index first[at]) spans
+  // at least `length` pixels. Writes no picks.
+  bool Reaches(size_t at, size_t length) const {
+    if (length > m_count - at) return false;
+    uint32_t code = m_first[at];
+    for (size_t i = at + 1; i < at + length; ++i) {
+      const int next = Find(code, i);
+      if (next < 0) return false;
+      code = static_cast<uint32_t>(next);
+    }
+    return true;
+  }
+
+ private:
+  int Find(uint32_t code, size_t i) const {
+    const uint32_t a = m_first[i], b = m_second[i];
+    const int next = m_table.Find(code, a);
+    return next >= 0 || b == a ? next : m_table.Find(code, b);
+  }
+  int Extend(uint32_t code, size_t i) const {
+    const uint32_t a = m_first[i], b = m_second[i];
+    int next = m_table.Find(code, a);
+    uint32_t pick = a;
+    if (next < 0 && b != a) {
+      next = m_table.Find(code, b);
+      pick = b;
+    }
+    m_chosen[i] = static_cast<uint8_t>(pick);
+    return next;
+  }
+
+  const KeyedTable& m_table;
+  const uint8_t* const m_first;
+  const uint8_t* const m_second;
+  const size_t m_count;
+  uint8_t* const m_chosen;
+};
+
 }  // namespace
 
 bool LzwEncoder::Reserve() {
@@ -534,7 +613,7 @@ bool LzwEncoder::Reserve() {
 }
 
 GifStatus LzwEncoder::EncodeChoosing(ByteSink& sink, const uint8_t* first, const uint8_t* second,
-                                     size_t count, int bit_count, LzwFullTable full, uint8_t* chosen) {
+                                     size_t count, int bit_count, LzwVariant variant, uint8_t* chosen) {
   const int code_size = LzwCodeSize(bit_count);
   if (code_size == 0 || count == 0 || !first || !second || !chosen) return GifStatus::kBadArgument;
   const uint32_t limit = 1u << code_size;
@@ -550,35 +629,52 @@ GifStatus LzwEncoder::EncodeChoosing(ByteSink& sink, const uint8_t* first, const
   m_filled = false;
   if (!sink.PutByte(static_cast<uint8_t>(code_size))) return GifStatus::kWriteFailed;
   SubBlockWriter blocks(sink);
-  PlainPacker packer(code_size, blocks, full);
+  PlainPacker packer(code_size, blocks, variant.full);
   KeyedTable table(m_keyed.get());
-  uint32_t prefix = first[0];
-  chosen[0] = first[0];
-  for (size_t i = 1; i < count; ++i) {
-    const uint32_t a = first[i], b = second[i];
-    int code = table.Find(prefix, a);
-    uint32_t pick = a;
-    if (code < 0 && b != a) {
-      code = table.Find(prefix, b);
-      if (code >= 0) pick = b;
-    }
-    chosen[i] = static_cast<uint8_t>(pick);
-    if (code >= 0) {
-      prefix = static_cast<uint32_t>(code);
-      continue;
-    }
-    // The string ends: its code goes out and (prefix, a) gets the next one.
+  const ChoosingMatcher match(table, first, second, count, chosen);
+  const bool look_ahead = variant.parse != LzwParse::kLongest;
+  // The wary parse's extra pixel pays for the code a cut spends, so only
+  // while codes are still being added.
+  const size_t wary = variant.parse == LzwParse::kLookAheadWary ? 1 : 0;
+
+  // The next string is matched against the table as it stands once the
+  // current string's code is written, with the string that adds; a cut takes
+  // that string back. Both candidates for the string after a cut are weighed
+  // against that same table.
+  size_t at = 0;
+  LongestString now = match.Longest(0);
+  while (at + now.length < count) {
+    const size_t end = at + now.length;
+    const uint32_t a = first[end];
     const bool room = packer.Room();
     m_filled |= !room;
     const uint32_t added = packer.next_code();
-    if (packer.Code(prefix)) {
-      table.Reset();
-    } else if (room) {
-      table.Add(prefix, a, added);
+    // The longest string ended because (code, a) is not in the table.
+    const uint32_t slot = room ? table.Add(now.code, a, added) : 0;
+    LongestString next = match.Longest(end);
+    // A cut is weighed while the table grows and once it is full and kept;
+    // a full table about to be cleared gives the next string a fresh table.
+    const bool may_cut = room || variant.full == LzwFullTable::kKeep;
+    if (look_ahead && may_cut && now.length >= 2 && next.length <= kShortNext &&
+        match.Reaches(end - 1, next.length + 2 + (room ? wary : 0))) {
+      const uint32_t root = first[end - 1];
+      packer.Code(now.shorter);  // no clear follows: see may_cut
+      if (room) {
+        table.RemoveLast(slot);
+        if (table.Find(now.shorter, root) < 0) table.Add(now.shorter, root, added);
+      }
+      at = end - 1;
+      now = match.Longest(at);
+      continue;
     }
-    prefix = a;
+    if (packer.Code(now.code)) {
+      table.Reset();
+      next = match.Longest(end);
+    }
+    at = end;
+    now = next;
   }
-  return packer.Finish(prefix) ? GifStatus::kOk : GifStatus::kWriteFailed;
+  return packer.Finish(now.code) ? GifStatus::kOk : GifStatus::kWriteFailed;
 }
 
 }  // namespace tess

@@ -28,6 +28,25 @@ bool LzwIndicesFit(const ImageBlock& image, int bit_count);
 // began).
 enum class LzwFullTable { kClear, kKeep };
 
+// Where the encoder ends each string. kLongest takes the longest string the
+// table holds, as the classic encoder does. The look-ahead parses also weigh
+// ending a string one pixel short, when the next string would be short: they
+// do so when the string starting one pixel earlier reaches past where the
+// next string would end, by at least one pixel (kLookAhead) or two
+// (kLookAheadWary). Any decoder reads the result: only the choice of strings
+// differs, never how the table grows. A shortened string rarely adds a new
+// string to the table (the string it would add is usually the longer one it
+// gave up), so each cut spends a code; where the table fills, the wary parse
+// spends fewer.
+enum class LzwParse { kLongest, kLookAhead, kLookAheadWary };
+
+// One way of encoding a block.
+struct LzwVariant {
+  LzwParse parse = LzwParse::kLongest;
+  LzwFullTable full = LzwFullTable::kClear;
+  bool operator==(const LzwVariant&) const = default;
+};
+
 // Keeps its hash tables between frames, so a writer allocates them once.
 class LzwEncoder {
  public:
@@ -44,17 +63,19 @@ class LzwEncoder {
   // first[i] or second[i] (equal where there is no choice), as the frame
   // optimiser offers for pixels a transparent index can stand for. Greedy:
   // the index that extends the current string wins, first[i] when both or
-  // neither do. The indices written go to chosen[i]. Refused as Encode is
-  // when an index does not fit the bit count's code size.
+  // neither do, and a string starts with first[i]. The variant says where
+  // strings end and what a full table does. The indices written go to
+  // chosen[i]. Refused as Encode is when an index does not fit the bit
+  // count's code size.
   GifStatus EncodeChoosing(ByteSink& sink, const uint8_t* first, const uint8_t* second, size_t count,
-                           int bit_count, LzwFullTable full, uint8_t* chosen);
+                           int bit_count, LzwVariant variant, uint8_t* chosen);
   // Makes both hash tables now rather than on first use, so they belong to
   // the calling thread (allocation accounting is per thread). False when
   // memory is short.
   bool Reserve();
 
   // Whether the last EncodeChoosing filled the string table; when it did not,
-  // both LzwFullTable variants give the same bytes.
+  // both LzwFullTable rules give the same bytes.
   bool table_filled() const { return m_filled; }
 
  private:

@@ -168,7 +168,7 @@ bool GifFrameShaper::Start(int width, int height, const uint8_t* global_rgb, int
   std::memset(m_global, 0, sizeof m_global);
   if (global_rgb) std::memcpy(m_global, global_rgb, 3u << std::clamp(bits, 0, 8));
   m_canvas_known = false;
-  m_lean = 0, m_full = LzwFullTable::kClear, m_since_trial = 0;
+  m_lean = 0, m_variant = LzwVariant(), m_trial_gap = kShortestTrialGap, m_until_trial = 0;
   FirstOfEachColour(m_global, std::clamp(bits, 1, 8), m_global_first);
   const size_t n = static_cast<size_t>(width) * static_cast<size_t>(height);
   for (Buffer<uint8_t>* b : {&m_canvas, &m_indices, &m_chosen}) {
@@ -382,13 +382,16 @@ GifStatus GifFrameShaper::Plan(const GifFrameInput& input, GifShapedFrame* out) 
 
 // The candidates: at each choice, leaning to the pixel's own index (the
 // transparent index only where it extends the string) and leaning to the
-// transparent index, with the table cleared when full; then, when the table
-// filled, the better lean with the full table kept instead. Which lean wins
-// depends on how much of the box is unchanged, so both are tried; the pure
-// forms (every unchanged pixel transparent, or none) never beat the better
-// lean on the effects measured. Consecutive frames of an animation are
-// alike and so are their winners: between full trials every kTrialEvery
-// frames, a frame is encoded once, the last trial's way.
+// transparent index, both parsed with the look-ahead and the table cleared
+// when full; then, when the table filled, the better lean with the wary
+// look-ahead, and the better of those with the full table kept instead.
+// Which lean wins depends on how much of the box is unchanged, so both are
+// tried; the pure forms (every unchanged pixel transparent, or none) never
+// beat the better lean on the effects measured, and neither did the parse
+// without the look-ahead. Consecutive frames of an animation are alike and so are
+// their winners: between full trials a frame is encoded once, the last
+// trial's way, and while trials keep finding the same way they grow further
+// apart.
 GifStatus GifFrameShaper::Encode(GifShapedFrame* out) {
   if (!m_chosen || !out->own || !out->masked || out->count == 0) return GifStatus::kBadArgument;
   const size_t count = out->count;
@@ -400,31 +403,42 @@ GifStatus GifFrameShaper::Encode(GifShapedFrame* out) {
   size_t best = SIZE_MAX;
   bool filled = false;
   int best_lean = 0;
-  LzwFullTable best_full = LzwFullTable::kClear;
+  LzwVariant best_variant;
   out->data = MemorySink();
-  auto attempt = [&](int lean, LzwFullTable full) {
+  auto attempt = [&](int lean, LzwVariant variant) {
     MemorySink sink;
-    GifStatus st = m_lzw.EncodeChoosing(sink, leans[lean][0], leans[lean][1], count, bits, full, m_chosen.get());
+    GifStatus st = m_lzw.EncodeChoosing(sink, leans[lean][0], leans[lean][1], count, bits, variant, m_chosen.get());
     if (st == GifStatus::kWriteFailed) return GifStatus::kNoMemory;  // only memory fails in memory
     if (st != GifStatus::kOk) return st;
     filled |= m_lzw.table_filled();
     if (sink.bytes().size() < best) {
       best = sink.bytes().size();
-      best_lean = lean, best_full = full;
+      best_lean = lean, best_variant = variant;
       out->data = std::move(sink);
     }
     return GifStatus::kOk;
   };
   // Frames without a choice (the first, or all without a transparent index)
-  // neither use nor set the remembered lean.
-  const bool trial = !choices || m_since_trial++ % kTrialEvery == 0;
-  if (!trial) return attempt(m_lean, m_full);
+  // neither use nor set the remembered way.
+  if (choices && m_until_trial > 0) {
+    --m_until_trial;
+    return attempt(m_lean, m_variant);
+  }
   for (int lean = 0; lean < (choices ? 2 : 1); ++lean)
-    if (GifStatus st = attempt(lean, LzwFullTable::kClear); st != GifStatus::kOk) return st;
-  // Unless the table filled, keeping it full changes nothing.
-  if (filled)
-    if (GifStatus st = attempt(best_lean, LzwFullTable::kKeep); st != GifStatus::kOk) return st;
-  if (choices) m_lean = best_lean, m_full = best_full;
+    if (GifStatus st = attempt(lean, {LzwParse::kLookAhead, LzwFullTable::kClear}); st != GifStatus::kOk) return st;
+  // Unless the table filled, the wary look-ahead did not pay on the frames
+  // measured, and keeping the table full changes nothing.
+  if (filled) {
+    if (GifStatus st = attempt(best_lean, {LzwParse::kLookAheadWary, LzwFullTable::kClear}); st != GifStatus::kOk)
+      return st;
+    if (GifStatus st = attempt(best_lean, {best_variant.parse, LzwFullTable::kKeep}); st != GifStatus::kOk) return st;
+  }
+  if (choices) {
+    const bool same = best_lean == m_lean && best_variant == m_variant;
+    m_trial_gap = same ? std::min(2 * m_trial_gap, kLongestTrialGap) : kShortestTrialGap;
+    m_until_trial = m_trial_gap - 1;
+    m_lean = best_lean, m_variant = best_variant;
+  }
   return GifStatus::kOk;
 }
 

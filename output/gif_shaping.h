@@ -111,11 +111,14 @@ class GifFrameShaper {
   // Encode's side.
   Buffer<uint8_t> m_chosen;  // the encoder's picks, which nothing needs
   LzwEncoder m_lzw;
-  // The way the last full trial found smallest, and frames since it.
-  static constexpr int kTrialEvery = 8;
+  // The way the last full trial found smallest (the default variant is one
+  // no trial picks, so the first trial never counts as the same), the frames
+  // from one trial to the next, and the frames left until the next.
+  static constexpr int kShortestTrialGap = 8, kLongestTrialGap = 32;
   int m_lean = 0;
-  LzwFullTable m_full = LzwFullTable::kClear;
-  int m_since_trial = 0;
+  LzwVariant m_variant;
+  int m_trial_gap = kShortestTrialGap;
+  int m_until_trial = 0;
 };
 
 // The shaped frame's three blocks, in order.

@@ -1,13 +1,15 @@
 // Frame shaping: the bounds against a plain per-pixel reference, true-colour
 // frames reduced to their own exact palette, the choosing LZW encoder against
-// a standard decoder and the fast encoder, and whole animations shaped,
-// written and decoded back to exactly the pictures the build meant.
+// a standard decoder, the fast encoder and a plain look-ahead, and whole
+// animations shaped, written and decoded back to exactly the pictures the
+// build meant.
 #include "output/gif_shaping.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 #include <vector>
 
 #include "tests/support/gif_decoder.h"
@@ -149,16 +151,19 @@ Choices MakeChoices(size_t count, int levels, int limit, uint32_t seed) {
   return c;
 }
 
-TEST(GifShaping, ChoosingEncoderDecodesToItsChoicesAtEveryCodeSizeAndTableRule) {
+constexpr LzwParse kParses[] = {LzwParse::kLongest, LzwParse::kLookAhead, LzwParse::kLookAheadWary};
+
+TEST(GifShaping, ChoosingEncoderDecodesToItsChoicesAtEveryCodeSizeTableRuleAndParse) {
   LzwEncoder lzw;
-  for (int bits : {1, 4, 8}) {
-    for (int levels : {2, 256}) {
+  for (int bits : {1, 4, 8})
+    for (int levels : {2, 256})
+      for (LzwParse parse : kParses)
       for (LzwFullTable full : {LzwFullTable::kClear, LzwFullTable::kKeep}) {
-        const size_t count = 70000;  // fills the table several times over at 8 bits
+        const size_t count = 40000;  // fills the table several times over at 8 bits
         Choices c = MakeChoices(count, levels, 1 << bits, static_cast<uint32_t>(bits * 31 + levels));
         std::vector<uint8_t> chosen(count);
         MemorySink sink;
-        ASSERT_EQ(lzw.EncodeChoosing(sink, c.first.data(), c.second.data(), count, bits, full, chosen.data()),
+        ASSERT_EQ(lzw.EncodeChoosing(sink, c.first.data(), c.second.data(), count, bits, {parse, full}, chosen.data()),
                   GifStatus::kOk);
         std::vector<uint8_t> decoded;
         testing::LzwStreamInfo info;
@@ -178,8 +183,122 @@ TEST(GifShaping, ChoosingEncoderDecodesToItsChoicesAtEveryCodeSizeAndTableRule) 
           }
         }
       }
+}
+
+// The look-ahead spelled out plainly: a map for the table, and every string
+// matched afresh from the table as it stands, where the encoder keeps the
+// next string's match and takes back a string it added. Same codes, same
+// bytes. A shorter string is weighed only where the next would be at most
+// eight pixels, against the table as it is once the longest string's code is
+// written.
+std::vector<uint8_t> PlainLookAheadEncode(const Choices& c, int code_size, LzwVariant variant,
+                                          std::vector<uint8_t>* chosen) {
+  const size_t n = c.first.size();
+  std::map<std::pair<uint32_t, uint8_t>, uint32_t> table;
+  const uint32_t clear = 1u << code_size;
+  uint32_t next_code = clear + 2;
+  int width = code_size + 1;
+  std::vector<uint8_t> bytes;
+  uint32_t acc = 0;
+  int pending = 0;
+  auto put = [&](uint32_t code) {
+    acc |= code << pending;
+    for (pending += width; pending >= 8; pending -= 8, acc >>= 8) bytes.push_back(static_cast<uint8_t>(acc));
+  };
+  const bool keep = variant.full == LzwFullTable::kKeep;
+  // Writes a string's code and adds (code, index), unless the table is full;
+  // true when a clear code followed.
+  auto write = [&](uint32_t code, uint8_t index) {
+    put(code);
+    if (next_code == 4096 && keep) return false;
+    if (next_code >> width) {
+      if (width < 12) {
+        ++width;
+      } else {
+        put(clear);
+        table.clear();
+        next_code = clear + 2, width = code_size + 1;
+        return true;
+      }
+    }
+    table.emplace(std::make_pair(code, index), next_code++);  // emplace keeps an existing string
+    return false;
+  };
+  struct Match { size_t length; uint32_t code, shorter; };
+  auto longest = [&](size_t at, bool pick) {
+    Match m{1, c.first[at], c.first[at]};
+    if (pick) (*chosen)[at] = c.first[at];
+    for (size_t i = at + 1; i < n; ++i) {
+      auto it = table.find({m.code, c.first[i]});
+      if (it == table.end()) it = table.find({m.code, c.second[i]});
+      if (it == table.end()) break;
+      if (pick) (*chosen)[i] = it->first.second;
+      m = {m.length + 1, it->second, m.code};
+    }
+    return m;
+  };
+  put(clear);
+  size_t at = 0;
+  for (;;) {
+    const Match now = longest(at, true);
+    const size_t end = at + now.length;
+    if (end == n) {
+      put(now.code);
+      if (next_code < 4096 && (next_code >> width) && width < 12) ++width;
+      break;
+    }
+    const bool room = next_code < 4096;
+    bool cut = false;
+    if (variant.parse != LzwParse::kLongest && (room || keep) && now.length >= 2) {
+      // (code, first[end]) is new: the longest string stopped there.
+      auto added = table.end();
+      if (room) added = table.emplace(std::make_pair(now.code, c.first[end]), next_code).first;
+      const size_t ahead = longest(end, false).length;
+      const size_t wary = variant.parse == LzwParse::kLookAheadWary && room ? 1 : 0;
+      cut = ahead <= 8 && longest(end - 1, false).length >= ahead + 2 + wary;
+      if (room) table.erase(added);
+    }
+    if (cut) {
+      write(now.shorter, c.first[end - 1]);
+      at = end - 1;
+    } else {
+      write(now.code, c.first[end]);
+      at = end;
     }
   }
+  put(clear + 1);
+  if (pending > 0) bytes.push_back(static_cast<uint8_t>(acc));
+  std::vector<uint8_t> out = {static_cast<uint8_t>(code_size)};
+  for (size_t i = 0; i < bytes.size(); i += 255) {
+    const size_t len = std::min<size_t>(255, bytes.size() - i);
+    out.push_back(static_cast<uint8_t>(len));
+    out.insert(out.end(), bytes.begin() + static_cast<ptrdiff_t>(i), bytes.begin() + static_cast<ptrdiff_t>(i + len));
+  }
+  out.push_back(0);
+  return out;
+}
+
+// Runs (where strings grow long and cuts are rare), noise (where the table
+// fills and clears or stays full) and pixels with and without choices.
+TEST(GifShaping, LookAheadEncoderMatchesThePlainLookAhead) {
+  LzwEncoder lzw;
+  for (int bits : {4, 8})
+    for (int levels : {2, 256})
+      for (bool choices : {false, true})
+        for (LzwParse parse : {LzwParse::kLookAhead, LzwParse::kLookAheadWary})
+          for (LzwFullTable full : {LzwFullTable::kClear, LzwFullTable::kKeep}) {
+            const size_t count = levels == 2 ? 3000 : bits == 8 ? 10000 : 20000;  // noise fills the table
+            Choices c = MakeChoices(count, levels, 1 << bits, static_cast<uint32_t>(bits + levels));
+            if (!choices) c.second = c.first;
+            std::vector<uint8_t> chosen(count), plain_chosen(count);
+            MemorySink sink;
+            ASSERT_EQ(lzw.EncodeChoosing(sink, c.first.data(), c.second.data(), count, bits, {parse, full},
+                                         chosen.data()),
+                      GifStatus::kOk);
+            const std::vector<uint8_t> plain = PlainLookAheadEncode(c, LzwCodeSize(bits), {parse, full}, &plain_chosen);
+            ASSERT_EQ(sink.bytes(), plain) << bits << " " << levels << " " << choices << " " << static_cast<int>(parse);
+            EXPECT_EQ(chosen, plain_chosen);
+          }
 }
 
 // Without a choice the plain encoder is the classic one: byte for byte what
@@ -199,13 +318,13 @@ TEST(GifShaping, ChoosingEncoderWithoutChoicesEqualsTheFastEncoder) {
     MemorySink a, b;
     ASSERT_EQ(fast.Encode(a, indices, bits), GifStatus::kOk);
     std::vector<uint8_t> chosen(flat.size());
-    ASSERT_EQ(plain.EncodeChoosing(b, flat.data(), flat.data(), flat.size(), bits, LzwFullTable::kClear, chosen.data()),
+    ASSERT_EQ(plain.EncodeChoosing(b, flat.data(), flat.data(), flat.size(), bits, {}, chosen.data()),
               GifStatus::kOk);
     EXPECT_EQ(a.bytes(), b.bytes()) << bits;
   }
   std::vector<uint8_t> too_large{1, 2, 16}, chosen(3);
   MemorySink sink;
-  EXPECT_EQ(plain.EncodeChoosing(sink, too_large.data(), too_large.data(), 3, 4, LzwFullTable::kClear, chosen.data()),
+  EXPECT_EQ(plain.EncodeChoosing(sink, too_large.data(), too_large.data(), 3, 4, {}, chosen.data()),
             GifStatus::kIndexTooLarge);
   EXPECT_TRUE(sink.bytes().empty());
 }
