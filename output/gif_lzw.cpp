@@ -534,8 +534,9 @@ class PlainPacker {
 };
 
 // The look-ahead parses weigh a cut only where the next string would be
-// this short: on the frames measured, longer next strings rarely lose to a
-// cut, and leaving them out keeps most of the look-ahead's lookups away.
+// this short: on the frames measured, weighing cuts before longer strings
+// too gained nothing, and leaving them out keeps most of the look-ahead's
+// lookups away.
 constexpr size_t kShortNext = 8;
 
 // The longest string the table holds from a pixel on: its length, its code,
