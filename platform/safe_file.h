@@ -9,6 +9,10 @@
 // is refused. Temporaries are named ".NAME.PID-XXXXXXXX.part", so the next
 // save to the same path removes the ones a killed process left behind without
 // touching those of a process still writing.
+//
+// The path "-" is the process's standard output, written directly like a
+// pipe (a shell's redirection has made any file already). A terminal is
+// refused: a picture's bytes would only garble it.
 #pragma once
 
 #include <cstddef>
@@ -19,6 +23,9 @@
 #include "base/byte_sink.h"
 
 namespace tess {
+
+// The path that names the standard output ("./-" names a file called "-").
+inline constexpr const char* kStandardOutputPath = "-";
 
 enum class SafeFileMode {
   kBinary,

@@ -1,7 +1,8 @@
 // SafeFile on POSIX: links followed by hand (a dangling link still names the
 // file to create), the temporary made with O_EXCL beside the real target and
 // given the old file's permissions, fsync before the rename and on the folder
-// after it. Leftovers of dead processes are swept by name on every open.
+// after it. Leftovers of dead processes are swept by name on every open. The
+// standard output is written through a copy of its descriptor.
 #include <dirent.h>
 #include <fcntl.h>
 #include <signal.h>
@@ -20,6 +21,7 @@ namespace tess {
 namespace {
 
 constexpr int kMaxLinks = 40;
+constexpr const char* kTerminalReason = "it is a terminal";
 
 const char* Reason(int code) { return std::strerror(code); }
 
@@ -85,6 +87,14 @@ void OnTerminatingSignal(int signal_number) {
 }  // namespace
 
 bool SafeFile::OpenTarget() {
+  if (m_target == kStandardOutputPath) {
+    if (isatty(STDOUT_FILENO)) return Fail(kTerminalReason);
+    // A copy of the descriptor, so that closing it leaves the stream open.
+    const int fd = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
+    if (fd < 0) return Fail(Reason(errno));
+    m_handle = fd;
+    return true;
+  }
   // Nothing can stand in for a device or a pipe: its bytes go straight in.
   // Asked first and through the name as given, since the system's own links
   // (/dev/stdout, /proc/self/fd/N) name pipes that no path reaches.
@@ -196,6 +206,13 @@ void SafeFile::RemoveStaleTemporaries() {
 }
 
 bool SafeFile::CanWrite(const std::string& path, std::string* reason) {
+  if (path == kStandardOutputPath) {
+    if (isatty(STDOUT_FILENO)) return (*reason = kTerminalReason, false);
+    const int flags = fcntl(STDOUT_FILENO, F_GETFL);
+    if (flags < 0) return (*reason = Reason(errno), false);
+    if ((flags & O_ACCMODE) == O_RDONLY) return (*reason = Reason(EBADF), false);
+    return true;
+  }
   struct stat direct;
   if (stat(path.c_str(), &direct) == 0 && IsDirect(direct)) {
     if (access(path.c_str(), W_OK) == 0) return true;

@@ -2,7 +2,8 @@
 // and are widened for the wide-character calls. The temporary is made with
 // CREATE_NEW, flushed with FlushFileBuffers and moved over the target with
 // MoveFileExW (replace, write through). A device (NUL, CON, a pipe) is
-// written directly. Ctrl-C, Ctrl-Break and closing the console remove the
+// written directly, and so is the standard output, through a copy of its
+// handle. Ctrl-C, Ctrl-Break and closing the console remove the
 // open temporaries; leftovers of dead processes are swept by name on every
 // open.
 #include <windows.h>
@@ -65,6 +66,17 @@ bool IsDevice(const std::wstring& path) {
   return device;
 }
 
+// The standard output's handle; false, with the reason, when there is none
+// or it is a console, which a picture's bytes would only garble. (NUL is a
+// character device too, but not a console.)
+bool StandardOutput(HANDLE* out, std::string* reason) {
+  *out = GetStdHandle(STD_OUTPUT_HANDLE);
+  if (*out == INVALID_HANDLE_VALUE || *out == nullptr) return (*reason = Reason(ERROR_INVALID_HANDLE), false);
+  DWORD console_mode = 0;
+  if (GetConsoleMode(*out, &console_mode)) return (*reason = "it is a terminal", false);
+  return true;
+}
+
 void DeleteForConsoleEvent(const char* path) { DeleteFileA(path); }
 
 // Runs on a thread of its own; the default handler then ends the process.
@@ -76,6 +88,17 @@ BOOL WINAPI OnConsoleEvent(DWORD) {
 }  // namespace
 
 bool SafeFile::OpenTarget() {
+  if (m_target == kStandardOutputPath) {
+    HANDLE out = INVALID_HANDLE_VALUE;
+    std::string reason;
+    if (!StandardOutput(&out, &reason)) return Fail(reason);
+    // A copy of the handle, so that closing it leaves the stream open.
+    HANDLE copy = nullptr;
+    if (!DuplicateHandle(GetCurrentProcess(), out, GetCurrentProcess(), &copy, 0, FALSE, DUPLICATE_SAME_ACCESS))
+      return Fail(Reason(GetLastError()));
+    m_handle = reinterpret_cast<intptr_t>(copy);
+    return true;
+  }
   const std::wstring target = Wide(m_target);
   const DWORD attributes = GetFileAttributesW(target.c_str());
   if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY))
@@ -168,6 +191,10 @@ void SafeFile::RemoveStaleTemporaries() {
 }
 
 bool SafeFile::CanWrite(const std::string& path, std::string* reason) {
+  if (path == kStandardOutputPath) {
+    HANDLE out;
+    return StandardOutput(&out, reason);
+  }
   const DWORD attributes = GetFileAttributesW(Wide(path).c_str());
   if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY))
     return (*reason = std::strerror(EISDIR), false);

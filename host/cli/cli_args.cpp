@@ -37,7 +37,7 @@ struct OptionInfo {
 
 constexpr OptionInfo kOptions[] = {
     {Opt::kHelp, "help", 'h', Arg::kNone, "", "show this help and exit"},
-    {Opt::kOutput, "output", 'o', Arg::kValue, "FILE", "write the GIF to FILE"},
+    {Opt::kOutput, "output", 'o', Arg::kValue, "FILE", "write the GIF to FILE (- for standard output)"},
     {Opt::kEffect, "effect", 'e', Arg::kValue, "NAME|INDEX",
      "the effect to render (see 'tessarine list'); stored as MainEffect"},
     {Opt::kSet, "set", 's', Arg::kValue, "KEY=VALUE",

@@ -48,19 +48,16 @@ int Report(CliEnvironment& env, int code, const std::string& message) {
   return Report(env, Failure{code, message});
 }
 
-// Standard output is not taken as "-": a pipe or a device given by name
-// (such as /dev/stdout) is written directly.
-bool OutputIsUsable(const CliArgs& args, Failure* failure) {
-  if (!args.output || *args.output != "-") return true;
-  *failure = Failure{kExitUsage, "cannot write the GIF to standard output; give a file name with -o"};
-  return false;
-}
-
 // Checked before any work, so a run that cannot write its file fails at once.
 bool CheckWritable(const std::string& path, Failure* failure) {
   std::string reason;
   if (SafeFile::CanWrite(path, &reason)) return true;
-  *failure = Failure{kExitFailure, "cannot write '" + path + "': " + reason};
+  if (path == kStandardOutputPath) {
+    *failure = Failure{kExitUsage, "cannot write the GIF to standard output: " + reason +
+                                       " (redirect it, or give a file name with -o)"};
+  } else {
+    *failure = Failure{kExitFailure, "cannot write '" + path + "': " + reason};
+  }
   return false;
 }
 
@@ -95,7 +92,6 @@ bool LoadDocument(const std::string& path, Settings& settings, PageRecords& reco
 bool PrepareSettings(const CliArgs& args, CliEnvironment& env, const ConfigPlan& plan,
                      Settings& settings, PageRecords& records, SessionChoices* session,
                      Failure* failure) {
-  if (!OutputIsUsable(args, failure)) return false;
   if (args.output && !CheckWritable(*args.output, failure)) return false;
   if (!LoadConfig(plan, settings, env.platform, failure) || !CheckSaveTarget(plan, failure)) return false;
   LoadPageRecords(plan, settings, records, env.platform, env.styles);

@@ -47,7 +47,8 @@ class GifFileHost::File {
       return false;
     }
     if (!m_sink.Open(output)) {
-      *error = "cannot create '" + output + "': " + m_sink.error();
+      *error = (output == kStandardOutputPath ? "cannot write to " : "cannot create ") + Shown() + ": " +
+               m_sink.error();
       return false;
     }
     GifScreen screen;
@@ -109,8 +110,13 @@ class GifFileHost::File {
   bool Drain(std::string* error);
   void StopWorker(bool skip_queued);
 
+  // The output as messages name it.
+  std::string Shown() const {
+    return m_output == kStandardOutputPath ? "standard output" : "'" + m_output + "'";
+  }
+
   bool WriteFailed(std::string* error) {
-    *error = "error writing '" + m_output + "'";
+    *error = "error writing " + Shown();
     if (!m_sink.error().empty()) *error += ": " + m_sink.error();
     m_sink.Abandon();
     return false;
@@ -216,7 +222,7 @@ void GifFileHost::File::Work() {
     }
     {
       std::lock_guard lock(m_mutex);
-      if (!ok && m_failure.empty()) m_failure = error.empty() ? "error writing '" + m_output + "'" : error;
+      if (!ok && m_failure.empty()) m_failure = error.empty() ? "error writing " + Shown() : error;
       m_next_out = (m_next_out + 1) % m_queue.size();
       --m_queued;
     }

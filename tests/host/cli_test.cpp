@@ -7,7 +7,9 @@
 #include "host/cli/commands.h"
 
 #include <gtest/gtest.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -625,7 +627,6 @@ TEST_F(CliTest, UsageErrorsExitWithTwoAndWriteNothing) {
       {{"render", "--palette", "9", "-o", out}, "unknown palette '9'"},
       {{"render", "--custom-palette", "--colors", "1", "-o", out}, "bad colour count '1'"},
       {{"render", "--colors", "16", "-o", out}, "--colors needs an adaptive palette"},
-      {{"render", "-o", "-"}, "cannot write the GIF to standard output"},
       {{"encode", "--no-config", "x.ppm"}, "encode needs -o FILE"},
       {{"frobnicate"}, "unknown command 'frobnicate'"},
   };
@@ -637,6 +638,52 @@ TEST_F(CliTest, UsageErrorsExitWithTwoAndWriteNothing) {
     EXPECT_EQ(r.err.find('\n'), r.err.size() - 1) << "one line: " << r.err;
   }
   EXPECT_TRUE(dir.Files().empty());
+}
+
+// The process's standard output put somewhere else for a while; takes `fd`.
+class StandardOutputAs {
+ public:
+  explicit StandardOutputAs(int fd) : m_saved(dup(STDOUT_FILENO)) {
+    std::fflush(stdout);
+    dup2(fd, STDOUT_FILENO);
+    close(fd);
+  }
+  ~StandardOutputAs() {
+    std::fflush(stdout);
+    dup2(m_saved, STDOUT_FILENO);
+    close(m_saved);
+  }
+
+ private:
+  int m_saved;
+};
+
+// "-o -" writes the GIF to the process's standard output (here a file in its
+// place) and nothing else there; a terminal is refused before any rendering.
+TEST_F(CliTest, DashWritesTheGifToStandardOutputButNeverToATerminal) {
+  const std::string captured = dir / "stdout.gif";
+  Result r;
+  {
+    StandardOutputAs redirect(open(captured.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600));
+    r = Run(Tiles("render", 3, {"-o", "-"}));
+  }
+  ASSERT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.out, "");
+  EXPECT_EQ(Decode(captured).frames.size(), 3u);
+  EXPECT_EQ(dir.Files(), std::vector<std::string>{"stdout.gif"});
+
+  const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_GE(terminal, 0);
+  ASSERT_EQ(grantpt(terminal), 0);
+  ASSERT_EQ(unlockpt(terminal), 0);
+  {
+    StandardOutputAs redirect(open(ptsname(terminal), O_RDWR | O_NOCTTY));
+    r = Run(Tiles("render", 3, {"-o", "-"}));
+  }
+  close(terminal);
+  EXPECT_EQ(r.code, kExitUsage);
+  EXPECT_EQ(r.err, "tessarine: cannot write the GIF to standard output: it is a terminal (redirect it, or give a "
+                   "file name with -o)\n");
 }
 
 TEST_F(CliTest, HelpAndVersionSucceedEverywhere) {

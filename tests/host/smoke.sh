@@ -33,6 +33,12 @@ if command -v identify >/dev/null; then
   [ "$(identify_summary enc.gif)" = "6 20x14" ] || fail "identify sees $(identify_summary enc.gif)"
 fi
 
+# Through a pipe, the same bytes as the file.
+"$bin" encode f0.ppm f1.ppm f2.ppm f3.ppm f4.ppm f5.ppm --no-config --custom-palette --supercompress \
+  -q -o - | cat > piped.gif || fail "encode -o -"
+cmp -s enc.gif piped.gif || fail "-o - wrote other bytes than -o enc.gif"
+rm piped.gif
+
 if "$bin" list | grep -Eq '^ *1  Bubbles +ready$'; then
   "$bin" render --no-config -e Bubbles -s Frames=4 -s Width=32 -s Depth=32 -q -o bubbles.gif || fail "render"
   if command -v identify >/dev/null; then
