@@ -37,7 +37,8 @@ enum class LzwFullTable { kClear, kKeep };
 // differs, never how the table grows. A shortened string rarely adds a new
 // string to the table (the string it would add is usually the longer one it
 // gave up), so each cut spends a code; where the table fills, the wary parse
-// spends fewer.
+// spends fewer. On repeating patterns the spent codes are the longer strings
+// the table would have learnt, and the look-ahead loses: callers compare.
 enum class LzwParse { kLongest, kLookAhead, kLookAheadWary };
 
 // One way of encoding a block.

@@ -111,14 +111,16 @@ class GifFrameShaper {
   // Encode's side.
   Buffer<uint8_t> m_chosen;  // the encoder's picks, which nothing needs
   LzwEncoder m_lzw;
-  // The way the last full trial found smallest (the default variant is one
-  // no trial picks, so the first trial never counts as the same), the frames
-  // from one trial to the next, and the frames left until the next.
+  // The way the last full trial found smallest, the frames from one trial to
+  // the next, the frames left until the next, and whether there was a trial
+  // yet, and one of a frame with choices (the first of each never counts as
+  // the same way as before).
   static constexpr int kShortestTrialGap = 8, kLongestTrialGap = 32;
   int m_lean = 0;
   LzwVariant m_variant;
   int m_trial_gap = kShortestTrialGap;
   int m_until_trial = 0;
+  bool m_tried = false, m_lean_tried = false;
 };
 
 // The shaped frame's three blocks, in order.

@@ -329,6 +329,37 @@ TEST(GifShaping, ChoosingEncoderWithoutChoicesEqualsTheFastEncoder) {
   EXPECT_TRUE(sink.bytes().empty());
 }
 
+// A repeating dither, as a fixed palette makes of a smooth ramp: the look-
+// ahead's cuts keep the table from learning the long strings such patterns
+// are made of, so the shaper must find the longest-string parse better and
+// write no frame larger than it.
+TEST(GifShaping, RepeatingPatternsKeepTheLongestStrings) {
+  constexpr int kSide = 96;
+  uint8_t table[kPaletteBytes] = {};
+  for (int i = 0; i < 16; ++i) table[3 * i] = static_cast<uint8_t>(17 * i);
+  GifFrameShaper shaper;
+  ASSERT_TRUE(shaper.Start(kSide, kSide, table, 4));
+  LzwEncoder longest;
+  for (int k = 0; k < 12; ++k) {
+    ImageBlock frame = ImageCreate(kSide, kSide, table, 8);
+    std::vector<uint8_t> flat, chosen(kSide * kSide);
+    for (int y = 0; y < kSide; ++y)
+      for (int x = 0; x < kSide; ++x) {
+        const int level = (x + k) / 12, dither = (x + 2 * y) % 3 == 0;  // a ramp dithered in thirds
+        flat.push_back(static_cast<uint8_t>((level + dither) % 16));
+        ImageSetPixel(frame, x, y, flat.back());
+      }
+    GifFrameInput in;
+    in.image = &frame;
+    GifShapedFrame out;
+    ASSERT_EQ(shaper.Shape(in, &out), GifStatus::kOk);
+    MemorySink plain;
+    ASSERT_EQ(longest.EncodeChoosing(plain, flat.data(), flat.data(), flat.size(), 4, {}, chosen.data()),
+              GifStatus::kOk);
+    EXPECT_LE(out.data.bytes().size(), plain.bytes().size()) << "frame " << k;
+  }
+}
+
 // ---------------------------------------------------------------- shaped animations
 
 constexpr int kW = 37, kH = 29;
