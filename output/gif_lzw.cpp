@@ -442,7 +442,7 @@ class KeyedTable {
     }
   }
 
-  // Returns the slot, for Remove.
+  // Returns the slot, for RemoveLast.
   uint32_t Add(uint32_t prefix, uint32_t index, uint32_t code) {
     uint32_t s = Home(prefix, index);
     while (m_slots[s] != 0) s = (s + 1) & (kKeyedSlots - 1);
