@@ -560,7 +560,9 @@ class ChoosingMatcher {
     m_chosen[at] = static_cast<uint8_t>(code);
     size_t i = at + 1;
     for (; i < m_count; ++i) {
-      const int next = Extend(code, i);
+      uint32_t pick;
+      const int next = Next(code, i, &pick);
+      m_chosen[i] = static_cast<uint8_t>(pick);
       if (next < 0) break;
       shorter = code;
       code = static_cast<uint32_t>(next);
@@ -574,7 +576,8 @@ class ChoosingMatcher {
     if (length > m_count - at) return false;
     uint32_t code = m_first[at];
     for (size_t i = at + 1; i < at + length; ++i) {
-      const int next = Find(code, i);
+      uint32_t pick;
+      const int next = Next(code, i, &pick);
       if (next < 0) return false;
       code = static_cast<uint32_t>(next);
     }
@@ -582,21 +585,16 @@ class ChoosingMatcher {
   }
 
  private:
-  int Find(uint32_t code, size_t i) const {
+  // The code that extends `code` by pixel i, or -1; *pick is the index that
+  // did (first[i] when neither did).
+  int Next(uint32_t code, size_t i, uint32_t* pick) const {
     const uint32_t a = m_first[i], b = m_second[i];
+    *pick = a;
     const int next = m_table.Find(code, a);
-    return next >= 0 || b == a ? next : m_table.Find(code, b);
-  }
-  int Extend(uint32_t code, size_t i) const {
-    const uint32_t a = m_first[i], b = m_second[i];
-    int next = m_table.Find(code, a);
-    uint32_t pick = a;
-    if (next < 0 && b != a) {
-      next = m_table.Find(code, b);
-      pick = b;
-    }
-    m_chosen[i] = static_cast<uint8_t>(pick);
-    return next;
+    if (next >= 0 || b == a) return next;
+    const int other = m_table.Find(code, b);
+    if (other >= 0) *pick = b;
+    return other;
   }
 
   const KeyedTable& m_table;

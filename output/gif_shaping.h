@@ -112,9 +112,9 @@ class GifFrameShaper {
   Buffer<uint8_t> m_chosen;  // the encoder's picks, which nothing needs
   LzwEncoder m_lzw;
   // The way the last full trial found smallest, the frames from one trial to
-  // the next, the frames left until the next, and whether there was a trial
-  // yet, and one of a frame with choices (the first of each never counts as
-  // the same way as before).
+  // the next and those left until it. m_tried: a trial has set m_variant;
+  // m_lean_tried: one with choices has set m_lean. Until then the remembered
+  // way is only the default, so the first trial never counts as the same.
   static constexpr int kShortestTrialGap = 8, kLongestTrialGap = 32;
   int m_lean = 0;
   LzwVariant m_variant;

@@ -7,6 +7,7 @@
 #include "output/gif_lzw.h"
 #include "tests/output/gif_test_images.h"
 #include "tests/support/gif_decoder.h"
+#include "tests/support/lzw_block_builder.h"
 
 namespace tess {
 namespace {
@@ -30,29 +31,16 @@ Encoded Encode(const ImageBlock& image, int bit_count) {
 
 // The classic hashed encoder, kept as an oracle: 5003 slots addressed by
 // (index << 4) ^ prefix with a slot-dependent backward probe, codes packed
-// byte by byte. The production encoder's table differs; its bytes must not.
+// by the tests' own block builder. The production encoder's table differs;
+// its bytes must not.
 std::vector<uint8_t> ClassicEncode(const ImageBlock& image, int code_size) {
   constexpr int kSlots = 5003;
   std::vector<int32_t> keys(kSlots, -1);
   std::vector<uint16_t> codes(kSlots);
-  std::vector<uint8_t> out = {static_cast<uint8_t>(code_size)}, block;
-  uint32_t acc = 0;
-  int acc_bits = 0;
+  testing::LzwBlockBuilder block(code_size);
   const int clear = 1 << code_size, end = clear + 1;
   int width = code_size + 1, max_code = (1 << width) - 1, next = clear + 2;
-  auto byte = [&](uint8_t b) {
-    block.push_back(b);
-    if (block.size() == 255) {
-      out.push_back(255);
-      out.insert(out.end(), block.begin(), block.end());
-      block.clear();
-    }
-  };
-  auto put = [&](int code) {
-    acc |= static_cast<uint32_t>(code) << acc_bits;
-    for (acc_bits += width; acc_bits >= 8; acc_bits -= 8, acc >>= 8)
-      byte(static_cast<uint8_t>(acc));
-  };
+  auto put = [&](int code) { block.Put(static_cast<uint32_t>(code), width); };
   auto emit = [&](int code) {
     put(code);
     if (next > max_code && ++width <= 12) max_code = width == 12 ? 4096 : (1 << width) - 1;
@@ -83,13 +71,7 @@ std::vector<uint8_t> ClassicEncode(const ImageBlock& image, int code_size) {
   }
   emit(prefix);
   put(end);
-  if (acc_bits > 0) byte(static_cast<uint8_t>(acc));  // last partial byte, zero-padded
-  if (!block.empty()) {
-    out.push_back(static_cast<uint8_t>(block.size()));
-    out.insert(out.end(), block.begin(), block.end());
-  }
-  out.push_back(0);
-  return out;
+  return block.Finish();
 }
 
 // Decodes and checks the block is exactly what the encoder wrote.

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "tests/support/gif_decoder.h"
+#include "tests/support/lzw_block_builder.h"
 #include "tests/support/test_support.h"
 
 namespace tess {
@@ -198,13 +199,8 @@ std::vector<uint8_t> PlainLookAheadEncode(const Choices& c, int code_size, LzwVa
   const uint32_t clear = 1u << code_size;
   uint32_t next_code = clear + 2;
   int width = code_size + 1;
-  std::vector<uint8_t> bytes;
-  uint32_t acc = 0;
-  int pending = 0;
-  auto put = [&](uint32_t code) {
-    acc |= code << pending;
-    for (pending += width; pending >= 8; pending -= 8, acc >>= 8) bytes.push_back(static_cast<uint8_t>(acc));
-  };
+  testing::LzwBlockBuilder block(code_size);
+  auto put = [&](uint32_t code) { block.Put(code, width); };
   const bool keep = variant.full == LzwFullTable::kKeep;
   // Writes a string's code and adds (code, index), unless the table is full;
   // true when a clear code followed.
@@ -267,15 +263,7 @@ std::vector<uint8_t> PlainLookAheadEncode(const Choices& c, int code_size, LzwVa
     }
   }
   put(clear + 1);
-  if (pending > 0) bytes.push_back(static_cast<uint8_t>(acc));
-  std::vector<uint8_t> out = {static_cast<uint8_t>(code_size)};
-  for (size_t i = 0; i < bytes.size(); i += 255) {
-    const size_t len = std::min<size_t>(255, bytes.size() - i);
-    out.push_back(static_cast<uint8_t>(len));
-    out.insert(out.end(), bytes.begin() + static_cast<ptrdiff_t>(i), bytes.begin() + static_cast<ptrdiff_t>(i + len));
-  }
-  out.push_back(0);
-  return out;
+  return block.Finish();
 }
 
 // Runs (where strings grow long and cuts are rare), noise (where the table
